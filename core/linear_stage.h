@@ -1,0 +1,164 @@
+// The linear pose stage that every hand starts with: clamp the twelve readings, push them through
+// a sparse 19x12 layer with per-row offsets, quantise each row to steps of 0.1, then limit and
+// emit the rows into the joint targets.
+//
+// The arithmetic is deliberately literal. The truncation to whole tenths makes the last bit of
+// every row sum visible, so products are rounded one by one and summed in input order, and the
+// quantisation divides by 10.0 twice instead of multiplying by 0.1.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+
+#include "core/records.h"
+
+namespace quil {
+
+constexpr double kInputLow = -20.0;
+constexpr double kInputHigh = 120.0;
+
+// Glove readings outside [-20, 120] are sensor glitches. This clamp maps NaN and +inf to 120,
+// -inf to -20: a NaN never reaches the rows.
+inline double clamp_reading(double x) {
+    const double t = std::min(kInputHigh, x);
+    return std::max(kInputLow, t);
+}
+
+// The clamp of the hands whose firmware tests the two bounds itself. Same result for every
+// number, but a NaN passes through and poisons every row sum of the sample.
+inline double clamp_reading_passing_nan(double x) {
+    if (x > kInputHigh) x = kInputHigh;
+    if (x < kInputLow) x = kInputLow;
+    return x;
+}
+
+enum class Clamp { min_max, passes_nan };
+
+inline InputAngles clamp_inputs(const InputAngles& raw, Clamp kind) {
+    InputAngles c{};
+    for (int i = 0; i < 12; ++i)
+        c.x[i] = kind == Clamp::min_max ? clamp_reading(raw.x[i]) : clamp_reading_passing_nan(raw.x[i]);
+    return c;
+}
+
+// Truncation toward zero to a 32-bit integer. A NaN, infinite or out-of-range value gives
+// INT32_MIN, as the hardware's truncating conversion does; clamped finite readings never get
+// near the range, a NaN reading does.
+inline double truncate_int32(double s) {
+    if (s > -2147483649.0 && s < 2147483648.0) return static_cast<double>(static_cast<std::int32_t>(s));
+    return -2147483648.0;
+}
+
+// One hand's coefficient tables, read where the hand class keeps them.
+struct Coefficients {
+    const double* weight;  // 19 x 12, row-major, in hundredths
+    const double* w0;      // 19 row offsets
+};
+
+// Row j of the pose: w0[j] + trunc(sum_i c_i * weight[j*12 + i] / 10) / 10.
+inline double pose_row(const Coefficients& k, const InputAngles& c, int j) {
+    const double* w = k.weight + j * 12;
+    double s = 0.0;
+    for (int i = 0; i < 12; ++i) s = c.x[i] * w[i] + s;
+    s = s / 10.0;
+    s = truncate_int32(s);
+    s = s / 10.0;
+    return k.w0[j] + s;
+}
+
+inline PoseVector linear_pose(const Coefficients& k, const InputAngles& clamped) {
+    PoseVector p{};
+    for (int j = 0; j < 19; ++j) p.p[j] = pose_row(k, clamped, j);
+    return p;
+}
+
+// A row limit: "if p > value then p = value" (upper) or "if p < value then p = value" (lower).
+struct Bound {
+    enum Kind : unsigned char { none, upper, lower };
+    Kind kind;
+    double value;
+};
+constexpr Bound upper(double v) { return Bound{Bound::upper, v}; }
+constexpr Bound lower(double v) { return Bound{Bound::lower, v}; }
+
+inline double apply_bound(double p, Bound b) {
+    if (b.kind == Bound::upper) {
+        if (p > b.value) p = b.value;
+    } else if (b.kind == Bound::lower) {
+        if (p < b.value) p = b.value;
+    }
+    return p;
+}
+
+// What a hand does with each row inside the loop: up to four limits in order, then how many
+// copies of the row it emits (the joints driven by two motors get the same row twice).
+struct RowRule {
+    std::array<Bound, 4> bounds{};
+    int copies = 1;
+};
+
+// The 19 row rules of a hand, written like its documentation:
+//   constexpr RowRules kRows = RowRules{}
+//       .rows({0, 5, 8, 11, 14}, upper(0), lower(-90))
+//       .twice({4, 7, 10, 13}, upper(0), lower(-100));
+// Rows not named are emitted once, unlimited.
+struct RowRules {
+    std::array<RowRule, 19> row{};
+
+    template <class... B>
+    constexpr RowRules rows(std::initializer_list<int> js, B... b) const {
+        return with(js, 1, b...);
+    }
+    template <class... B>
+    constexpr RowRules twice(std::initializer_list<int> js, B... b) const {
+        return with(js, 2, b...);
+    }
+
+  private:
+    template <class... B>
+    constexpr RowRules with(std::initializer_list<int> js, int copies, B... b) const {
+        RowRules r = *this;
+        const Bound bs[] = {Bound{Bound::none, 0.0}, b...};
+        for (int j : js) {
+            RowRule rule{};
+            for (unsigned n = 1; n < sizeof...(B) + 1; ++n) rule.bounds[n - 1] = bs[n];
+            rule.copies = copies;
+            r.row[j] = rule;
+        }
+        return r;
+    }
+};
+
+// Limits each row and writes it to out[k], k growing with each value written; returns k.
+inline int emit_rows(const PoseVector& p, const RowRules& rules, TargetArray& out) {
+    int k = 0;
+    for (int j = 0; j < 19; ++j) {
+        double v = p.p[j];
+        for (const Bound& b : rules.row[j].bounds) v = apply_bound(v, b);
+        for (int c = 0; c < rules.row[j].copies; ++c) out[k++] = v;
+    }
+    return k;
+}
+
+// The whole stage: clamp, rows, limits, emission. Returns the number of values emitted.
+inline int run_linear_stage(const InputAngles& raw, Clamp clamp, const Coefficients& k,
+                            const RowRules& rules, TargetArray& out) {
+    return emit_rows(linear_pose(k, clamp_inputs(raw, clamp)), rules, out);
+}
+
+// The hand's controller expects some joints mirrored: flip the sign bit, so 0.0 becomes -0.0.
+inline void flip_signs(TargetArray& out, std::initializer_list<int> slots) {
+    for (int i : slots) out[i] = -out[i];
+}
+
+// Most hands mirror the thumb rotation (3), the index abduction (7) and the second thumb value (20).
+inline void flip_thumb_and_index(TargetArray& out) { flip_signs(out, {3, 7, 20}); }
+
+// The host-side checksum helper some hands carry: a * b * 2 - 2 in wrapping 32-bit arithmetic.
+inline int get_data1(int a, int b) {
+    const std::uint32_t r = static_cast<std::uint32_t>(a) * static_cast<std::uint32_t>(b) * 2u - 2u;
+    return static_cast<int>(static_cast<std::int32_t>(r));
+}
+
+}  // namespace quil

@@ -1,0 +1,14 @@
+// PLACEHOLDER: BrainCo_Revo1 is not mapped yet; this file is replaced by the real mapping.
+#include "core/hand_class.h"
+#include "core/linear_stage.h"
+#include "models/hands.h"
+
+double Quil_linear::BrainCo_Revo1::weight[228] = {};
+double Quil_linear::BrainCo_Revo1::w0[19] = {};
+
+quil::TargetArray quil::hands::BrainCo_Revo1(const InputAngles&, const MemoryRef&) {
+    TargetArray out{};
+    return out;
+}
+
+QUIL_DEFINE_GET_DATA_VALUE(BrainCo_Revo1)

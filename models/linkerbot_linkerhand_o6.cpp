@@ -1,0 +1,14 @@
+// PLACEHOLDER: LINKERBOT_LinkerHand_O6 is not mapped yet; this file is replaced by the real mapping.
+#include "core/hand_class.h"
+#include "core/linear_stage.h"
+#include "models/hands.h"
+
+double Quil_linear::LINKERBOT_LinkerHand_O6::weight[228] = {};
+double Quil_linear::LINKERBOT_LinkerHand_O6::w0[19] = {};
+
+quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O6(const InputAngles&, const MemoryRef&) {
+    TargetArray out{};
+    return out;
+}
+
+QUIL_DEFINE_GET_DATA_VALUE(LINKERBOT_LinkerHand_O6)

@@ -1,0 +1,110 @@
+// QUIL linear AA: the first in-house retargeting revision. A plain linear pose with per-joint
+// limits, the thumb's first joint pulled along by the thumb rotation, and the distal joints of
+// each finger slaved at 0.8 of the proximal ones.
+#include "core/hand_class.h"
+#include "core/linear_stage.h"
+#include "models/hands.h"
+
+double Quil_linear::QUIL_linear_AA::weight[228] = {
+    -210.0,  100.0,   20.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p0
+      10.0,  -65.0,   15.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p1
+       5.0, -105.0,   10.0,    0.0,    0.0,    6.0,    0.0,    0.0,    6.0,    6.0,   10.0,    8.0,  // p2
+       0.0,   15.0,   80.0,    0.0,    0.0,   -6.0,    0.0,    0.0,  -10.0,   -6.0,   -6.0,   -6.0,  // p3
+       0.0,  -15.0,   30.0, -100.0,    0.0,    5.0,   10.0,    0.0,  -10.0,  -10.0,    0.0,  -10.0,  // p4
+       0.0,  -12.0,  -30.0,   12.0,   10.0, -100.0,    0.0,    0.0,    0.0,  -10.0,    0.0,  -15.0,  // p5
+       0.0,   -3.0,    0.0,  -10.0,   25.0,  -12.0,    0.0,    4.0,    0.0,    0.0,   -6.0,   -3.0,  // p6
+       0.0,   -5.0,    0.0,    0.0,    0.0,    0.0, -115.0,    0.0,   15.0,  -10.0,    0.0,  -10.0,  // p7
+       0.0,   -5.0,    0.0,    0.0,    5.0,    0.0,  -20.0,    0.0,  -70.0,  -12.0,    0.0,  -12.0,  // p8
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p9
+       0.0,   -5.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0, -140.0,    0.0,    0.0,  // p10
+       0.0,   -5.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0, -100.0,  -10.0,    0.0,  // p11
+       0.0,    0.0,    0.0,    0.0,   -3.0,    0.0,    0.0,   20.0,    0.0,  -12.0,   -4.0,    0.0,  // p12
+       0.0,  -12.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  -15.0,    7.0, -155.0,  // p13
+       0.0,   -5.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  -10.0,    4.0, -105.0,  // p14
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,   40.0,  -60.0,  // p15
+       5.0,  -50.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p16
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p17
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p18
+};
+double Quil_linear::QUIL_linear_AA::w0[19] = {0.0, 0.0, 0.0, -15.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, -10.0, 0.0, 0.0};
+
+namespace {
+
+using namespace quil;
+
+constexpr RowRules kRows = RowRules{}
+    .rows({0, 1, 5, 8, 11, 14}, upper(0), lower(-80))
+    .rows({3}, upper(35))
+    .rows({6, 12, 15}, lower(0))
+    .rows({17}, upper(0))
+    .twice({4, 7, 10, 13}, upper(0), lower(-100));
+
+}  // namespace
+
+quil::TargetArray quil::hands::QUIL_linear_AA(const InputAngles& in, const MemoryRef&) {
+    using Hand = Quil_linear::QUIL_linear_AA;
+    TargetArray out;
+    run_linear_stage(in, Clamp::min_max, {Hand::weight, Hand::w0}, kRows, out);
+
+    // Thumb rotation drags the thumb's first joint along.
+    if (out[3] < 0) out[1] = out[1] + out[3] * 1.8;
+    if (out[7] > 25) out[7] = 25;
+    if (out[15] > 15) out[15] = 15;
+    if (out[19] > 35) out[19] = 35;
+    // The middle finger's abduction follows the index and ring abductions.
+    out[11] = out[7] * 0.18 - 0.3 * out[15];
+    if (out[17] < 0) {
+        out[19] = out[19] + out[17] * 0.25;
+        if (out[19] < 0) out[19] = 0;
+    }
+    // Deep bends of the proximal joints are amplified so a fist closes fully.
+    if (out[6] < -40) {
+        out[6] = out[6] * 1.25 + 10.0;
+        if (out[6] < -80) out[6] = -80;
+    }
+    if (out[10] < -20) {
+        out[10] = out[10] * 1.2 + 4.0;
+        if (out[10] < -80) out[10] = -80;
+    }
+    // A bending neighbour pulls the ring and little fingers along.
+    if (out[9] < -7) out[13] = out[13] + (out[9] + 7.0) * 0.2;
+    if (out[10] < -5) out[14] = out[14] + (out[10] + 5.0) * 0.2;
+    if (out[13] < -40) {
+        out[13] = 0.85 * out[13] - 6.0;
+        if (out[13] < -100) out[13] = -100;
+    }
+    if (out[14] < -40) {
+        out[14] = 0.85 * out[14] - 6.0;
+        if (out[14] < -80) out[14] = -80;
+    }
+    if (out[17] < -40) {
+        out[17] = 0.88 * out[17] - 4.8;
+        if (out[17] < -100) out[17] = -100;
+    }
+    if (out[18] < -40) {
+        out[18] = 0.88 * out[18] - 4.8;
+        if (out[18] < -80) out[18] = -80;
+    }
+    if (out[0] < -60) out[0] = -60;
+    if (out[1] > 0) out[1] = 0;
+    if (out[1] < -60) out[1] = -60;
+    if (out[2] < -65) out[2] = -65;
+    // The old clamp of the second thumb value stays ahead of its recomputation from out[2],
+    // which overrides it; the firmware has always run both.
+    if (out[20] < -50) out[20] = -50;
+    if (out[20] > 15) out[20] = 15;
+    out[20] = 0.5 * out[2] - 5.0;
+    // Distal joints follow the proximal ones at 0.8, never extending past straight.
+    out[4] = out[5] * 0.8;
+    out[8] = out[9] * 0.8;
+    out[12] = out[13] * 0.8;
+    out[16] = out[17] * 0.8;
+    for (int i : {4, 8, 12, 16})
+        if (out[i] > 0) out[i] = 0;
+    out[23] = -1.0;
+    flip_thumb_and_index(out);
+    return out;
+}
+
+QUIL_DEFINE_GET_DATA_VALUE(QUIL_linear_AA)
+QUIL_DEFINE_GET_DATA1(QUIL_linear_AA)

@@ -1,0 +1,15 @@
+// PLACEHOLDER: RUIYAN_RY_H2 is not mapped yet; this file is replaced by the real mapping.
+#include "core/hand_class.h"
+#include "core/linear_stage.h"
+#include "models/hands.h"
+
+double Quil_linear::RUIYAN_RY_H2::weight[228] = {};
+double Quil_linear::RUIYAN_RY_H2::w0[19] = {};
+
+quil::TargetArray quil::hands::RUIYAN_RY_H2(const InputAngles&, const MemoryRef&) {
+    TargetArray out{};
+    return out;
+}
+
+QUIL_DEFINE_GET_DATA_VALUE(RUIYAN_RY_H2)
+QUIL_DEFINE_GET_DATA1(RUIYAN_RY_H2)

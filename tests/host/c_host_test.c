@@ -1,0 +1,147 @@
+/* A host that knows the library only by its exported names, as a C program loading it at run
+   time would: every export is resolved with dlsym, called, and its buffer handled as the header
+   says (per-call buffers freed, persistent ones never). */
+#include <dlfcn.h>
+#include <math.h>
+#include <stdio.h>
+#include <string.h>
+
+typedef double* (*get_data_value_fn)(double, double, double, double, double, double, double,
+                                      double, double, double, double, double);
+typedef const char* (*get_version_fn)(void);
+typedef void (*free_memory_fn)(double*);
+typedef int (*get_data1_fn)(int, int);
+
+enum { PER_CALL, PERSISTENT };
+
+static const struct hand {
+    const char* name;
+    const char* version;
+    int buffer;
+    int keeps_state;
+} hands[] = {
+#define QUIL_MODEL(hand, version, buffer, keeps_state) {#hand, version, buffer, keeps_state},
+#include "api/model_list.h"
+#undef QUIL_MODEL
+};
+enum { hand_count = sizeof hands / sizeof hands[0] };
+
+/* Hands whose class carries the host-side GetData1 helper, and those with pinch memory. */
+static const char* const with_get_data1[] = {
+    "QUIL_linear_AA", "QUIL_linear_AD", "QUIL_linear_AE", "ROBOTERA_XHAND1",
+    "PICO_PXRHand", "Proception", "AgiBot_OmniHand_O10", "AgiBot_OmniHand_O12",
+    "LeadShine_DH116", "RUIYAN_RY_H2", "RUIYAN_RY_H15", "TalentRobot_Pro"};
+static const struct { const char* hand; const char* member; } statics[] = {
+    {"INSPIRE_ROBOTS_RH56F1_E4", "fingerPinchDone"}, {"INSPIRE_ROBOTS_RH56F1_E4", "thumb1_ref_val"},
+    {"RUIYAN_RY_H15", "fingerPinchDone"},           {"CHOHO_Hand", "fingerPinchDone"},
+    {"TetherIA_AeroHandOpen", "fingerPinchDone"},   {"TetherIA_AeroHandOpen", "thumb1_ref_val"},
+    {"TetherIA_AeroHandOpen", "thumb2_ref_val"}};
+
+static int failures = 0, checks = 0;
+
+static void check(int ok, const char* what, const char* hand) {
+    ++checks;
+    if (!ok) {
+        ++failures;
+        fprintf(stderr, "FAILED: %s: %s\n", hand, what);
+    }
+}
+
+/* The Itanium C++ ABI name of Quil_linear::<hand>::<member>, with `suffix` for functions. */
+static void member_symbol(char* buf, size_t size, const char* hand, const char* member,
+                          const char* suffix) {
+    snprintf(buf, size, "_ZN11Quil_linear%zu%s%zu%sE%s", strlen(hand), hand, strlen(member), member,
+             suffix);
+}
+
+static void* resolve(void* lib, const char* symbol, const char* hand) {
+    void* p = dlsym(lib, symbol);
+    char what[256];
+    snprintf(what, sizeof what, "resolve %s", symbol);
+    check(p != NULL, what, hand);
+    return p;
+}
+
+static const double poses[3][12] = {
+    {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},
+    {40, 30, 20, 90, 5, 0, 90, 0, 0, 90, 0, 90},
+    {35, 40, 30, 55, 0, 0, 5, 0, 0, 5, 0, 5},
+};
+
+static double* call(get_data_value_fn f, const double* x) {
+    return f(x[0], x[1], x[2], x[3], x[4], x[5], x[6], x[7], x[8], x[9], x[10], x[11]);
+}
+
+static int same_bits(const double* a, const double* b) { return memcmp(a, b, 24 * sizeof(double)) == 0; }
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        fprintf(stderr, "usage: %s path/to/libquil_linear.so\n", argv[0]);
+        return 2;
+    }
+    void* lib = dlopen(argv[1], RTLD_NOW | RTLD_LOCAL);
+    if (!lib) {
+        fprintf(stderr, "cannot load %s: %s\n", argv[1], dlerror());
+        return 1;
+    }
+    free_memory_fn free_memory = (free_memory_fn)resolve(lib, "FreeMemory", "library");
+    if (free_memory) free_memory(NULL); /* a null buffer is ignored */
+
+    char symbol[256];
+    int exports = free_memory ? 1 : 0;
+    for (int h = 0; h < hand_count; ++h) {
+        const struct hand* hd = &hands[h];
+        snprintf(symbol, sizeof symbol, "%s_GetVersion", hd->name);
+        get_version_fn version = (get_version_fn)resolve(lib, symbol, hd->name);
+        snprintf(symbol, sizeof symbol, "%s_GetDataValue", hd->name);
+        get_data_value_fn map = (get_data_value_fn)resolve(lib, symbol, hd->name);
+        if (!version || !map) continue;
+        exports += 2;
+        check(strcmp(version(), hd->version) == 0, "version string", hd->name);
+
+        double first[24], second[24];
+        double* a = call(map, poses[1]);
+        memcpy(first, a, sizeof first);
+        double* b = call(map, poses[2]);
+        memcpy(second, b, sizeof second);
+        if (hd->buffer == PER_CALL) {
+            check(a != b, "per-call buffers are distinct", hd->name);
+            check(same_bits(a, first), "an earlier per-call buffer is left alone", hd->name);
+            free_memory(a);
+            free_memory(b);
+        } else {
+            check(a == b, "persistent buffer is the same pointer every call", hd->name);
+            double* c = call(map, poses[1]);
+            check(c == a, "persistent buffer is the same pointer every call", hd->name);
+            if (!hd->keeps_state) {
+                check(same_bits(c, first), "persistent buffer holds the latest result", hd->name);
+                check(!same_bits(first, second), "distinct poses give distinct results", hd->name);
+            }
+        }
+        for (int i = 0; i < 23; ++i) check(!isnan(first[i]), "finite targets for a normal pose", hd->name);
+
+        member_symbol(symbol, sizeof symbol, hd->name, "weight", "");
+        resolve(lib, symbol, hd->name);
+        member_symbol(symbol, sizeof symbol, hd->name, "w0", "");
+        resolve(lib, symbol, hd->name);
+        member_symbol(symbol, sizeof symbol, hd->name, "GetDataValue", "dddddddddddd");
+        resolve(lib, symbol, hd->name);
+    }
+
+    for (size_t i = 0; i < sizeof with_get_data1 / sizeof with_get_data1[0]; ++i) {
+        member_symbol(symbol, sizeof symbol, with_get_data1[i], "GetData1", "ii");
+        get_data1_fn f = (get_data1_fn)resolve(lib, symbol, with_get_data1[i]);
+        if (!f) continue;
+        check(f(3, 4) == 22 && f(0, 5) == -2 && f(65536, 32768) == -2, "GetData1 arithmetic",
+              with_get_data1[i]);
+    }
+    for (size_t i = 0; i < sizeof statics / sizeof statics[0]; ++i) {
+        member_symbol(symbol, sizeof symbol, statics[i].hand, statics[i].member, "");
+        resolve(lib, symbol, statics[i].hand);
+    }
+
+    printf("resolved and called %d plain exports of %d hands\n", exports, hand_count);
+    printf("%d passed, %d failed\n", checks - failures, failures);
+    dlclose(lib);
+    return failures == 0 ? 0 : 1;
+}
