@@ -33,8 +33,9 @@ TEST(QuilLinearAA, DistalJointsFollowAtEightTenths) {
     const TargetArray out = map(with({{3, 120.0}}));
     EXPECT_SAME_DOUBLE(-100.0, out[5]);
     EXPECT_SAME_DOUBLE(-80.0, out[4]);
-    // x9 = 120 drives row 10 to -100; the ring joint is then compressed to 0.85 * -100 - 6.
-    const TargetArray ring = map(with({{9, 120.0}}));
+    // x9 = 120 drives row 10 to -100; x8 = 80 keeps the neighbour row 7 at 0 so it adds no
+    // pull, and the ring joint is compressed to 0.85 * -100 - 6.
+    const TargetArray ring = map(with({{8, 80.0}, {9, 120.0}}));
     const double compressed = 0.85 * -100.0 - 6.0;  // -91 up to rounding
     EXPECT_SAME_DOUBLE(compressed, ring[13]);
     EXPECT_SAME_DOUBLE(compressed * 0.8, ring[12]);
