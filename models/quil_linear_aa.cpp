@@ -1,6 +1,7 @@
 // QUIL linear AA: the first in-house retargeting revision. A plain linear pose with per-joint
 // limits, the thumb's first joint pulled along by the thumb rotation, and the distal joints of
 // each finger slaved at 0.8 of the proximal ones.
+#include "core/finger_rules.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
@@ -51,40 +52,19 @@ quil::TargetArray quil::hands::QUIL_linear_AA(const InputAngles& in, const Memor
     if (out[7] > 25) out[7] = 25;
     if (out[15] > 15) out[15] = 15;
     if (out[19] > 35) out[19] = 35;
-    // The middle finger's abduction follows the index and ring abductions.
+    // The middle finger's spread sits between the index and ring spreads.
     out[11] = out[7] * 0.18 - 0.3 * out[15];
-    if (out[17] < 0) {
-        out[19] = out[19] + out[17] * 0.25;
-        if (out[19] < 0) out[19] = 0;
-    }
+    close_spread(out[19], out[17], 0.25);
     // Deep bends of the proximal joints are amplified so a fist closes fully.
-    if (out[6] < -40) {
-        out[6] = out[6] * 1.25 + 10.0;
-        if (out[6] < -80) out[6] = -80;
-    }
-    if (out[10] < -20) {
-        out[10] = out[10] * 1.2 + 4.0;
-        if (out[10] < -80) out[10] = -80;
-    }
+    rescale_below(out[6], -40, 1.25, 10.0, -80);
+    rescale_below(out[10], -20, 1.2, 4.0, -80);
     // A bending neighbour pulls the ring and little fingers along.
-    if (out[9] < -7) out[13] = out[13] + (out[9] + 7.0) * 0.2;
-    if (out[10] < -5) out[14] = out[14] + (out[10] + 5.0) * 0.2;
-    if (out[13] < -40) {
-        out[13] = 0.85 * out[13] - 6.0;
-        if (out[13] < -100) out[13] = -100;
-    }
-    if (out[14] < -40) {
-        out[14] = 0.85 * out[14] - 6.0;
-        if (out[14] < -80) out[14] = -80;
-    }
-    if (out[17] < -40) {
-        out[17] = 0.88 * out[17] - 4.8;
-        if (out[17] < -100) out[17] = -100;
-    }
-    if (out[18] < -40) {
-        out[18] = 0.88 * out[18] - 4.8;
-        if (out[18] < -80) out[18] = -80;
-    }
+    pull_along(out[13], out[9], -7, 0.2);
+    pull_along(out[14], out[10], -5, 0.2);
+    rescale_below(out[13], -40, 0.85, -6.0, -100);
+    rescale_below(out[14], -40, 0.85, -6.0, -80);
+    rescale_below(out[17], -40, 0.88, -4.8, -100);
+    rescale_below(out[18], -40, 0.88, -4.8, -80);
     if (out[0] < -60) out[0] = -60;
     if (out[1] > 0) out[1] = 0;
     if (out[1] < -60) out[1] = -60;
@@ -94,13 +74,7 @@ quil::TargetArray quil::hands::QUIL_linear_AA(const InputAngles& in, const Memor
     if (out[20] < -50) out[20] = -50;
     if (out[20] > 15) out[20] = 15;
     out[20] = 0.5 * out[2] - 5.0;
-    // Distal joints follow the proximal ones at 0.8, never extending past straight.
-    out[4] = out[5] * 0.8;
-    out[8] = out[9] * 0.8;
-    out[12] = out[13] * 0.8;
-    out[16] = out[17] * 0.8;
-    for (int i : {4, 8, 12, 16})
-        if (out[i] > 0) out[i] = 0;
+    follow_distal(out, 0.8);
     out[23] = -1.0;
     flip_thumb_and_index(out);
     return out;
