@@ -56,20 +56,33 @@ struct Coefficients {
     const double* w0;      // 19 row offsets
 };
 
-// Row j of the pose: w0[j] + trunc(sum_i c_i * weight[j*12 + i] / 10) / 10.
-inline double pose_row(const Coefficients& k, const InputAngles& c, int j) {
-    const double* w = k.weight + j * 12;
-    double s = 0.0;
-    for (int i = 0; i < 12; ++i) s = c.x[i] * w[i] + s;
-    s = s / 10.0;
-    s = truncate_int32(s);
-    s = s / 10.0;
-    return k.w0[j] + s;
+// Rows first..first+N-1 of the pose, each summing its products in input order. The N
+// addition chains are independent, so the processor overlaps them; no row's own order changes.
+template <int N>
+inline void pose_rows(const Coefficients& k, const InputAngles& c, int first, PoseVector& p) {
+    double s[N];
+    for (int r = 0; r < N; ++r) s[r] = 0.0;
+    const double* w = k.weight + first * 12;
+    for (int i = 0; i < 12; ++i) {
+        const double ci = c.x[i];
+        for (int r = 0; r < N; ++r) s[r] = ci * w[r * 12 + i] + s[r];
+    }
+    for (int r = 0; r < N; ++r) {
+        double v = s[r] / 10.0;
+        v = truncate_int32(v);
+        v = v / 10.0;
+        p.p[first + r] = k.w0[first + r] + v;
+    }
 }
 
-inline PoseVector linear_pose(const Coefficients& k, const InputAngles& clamped) {
-    PoseVector p{};
-    for (int j = 0; j < 19; ++j) p.p[j] = pose_row(k, clamped, j);
+// Row j of the pose: w0[j] + trunc(sum_i c_i * weight[j*12 + i] / 10) / 10.
+inline PoseVector linear_pose(const Coefficients& k, const InputAngles& c) {
+    PoseVector p;
+    pose_rows<4>(k, c, 0, p);
+    pose_rows<4>(k, c, 4, p);
+    pose_rows<4>(k, c, 8, p);
+    pose_rows<4>(k, c, 12, p);
+    pose_rows<3>(k, c, 16, p);
     return p;
 }
 
