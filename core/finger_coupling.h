@@ -1,0 +1,39 @@
+// Couplings between the joints of one finger and between neighbouring fingers: abduction that
+// closes as the finger bends, the middle finger's spread following its neighbours, and the
+// distal joints slaved to the proximal ones.
+#pragma once
+
+#include <initializer_list>
+
+#include "core/records.h"
+
+namespace quil {
+
+// A finger bent past `knee` (strictly) closes its abduction `spread` by gain * (bend - knee),
+// never past zero. Most hands start closing at once (knee 0); the difference is formed as
+// bend + (-knee), which leaves bend itself when the knee is 0.
+inline void close_spread(double& spread, double bend, double gain, double knee = 0.0) {
+    if (bend < knee) {
+        spread = spread + gain * (bend + -knee);
+        if (spread < 0) spread = 0;
+    }
+}
+
+// The middle finger has no abduction sensor of its own: its spread (out[11]) is taken from the
+// index spread (out[7]) and the ring spread (out[15]).
+inline void spread_middle_from_neighbours(TargetArray& out, double index_gain, double ring_gain) {
+    out[11] = index_gain * out[7] - ring_gain * out[15];
+}
+
+// The first slot of each doubly driven finger (4, 8, 12, 16) follows its reshaped second slot at
+// `gain`, never extending past straight.
+inline void follow_distal(TargetArray& out, double gain) {
+    out[4] = gain * out[5];
+    out[8] = gain * out[9];
+    out[12] = gain * out[13];
+    out[16] = gain * out[17];
+    for (int i : {4, 8, 12, 16})
+        if (out[i] > 0) out[i] = 0;
+}
+
+}  // namespace quil
