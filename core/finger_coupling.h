@@ -1,6 +1,7 @@
 // Couplings between the joints of one finger and between neighbouring fingers: abduction that
-// closes as the finger bends, the middle finger's spread following its neighbours, and the
-// distal joints slaved to the proximal ones.
+// closes as the finger bends, the middle finger's spread following its neighbours, distal joints
+// slaved to the proximal ones, deep bends rescaled past a knee, and a bending neighbour pulling
+// a finger along.
 #pragma once
 
 #include <initializer_list>
@@ -34,6 +35,22 @@ inline void follow_distal(TargetArray& out, double gain) {
     out[16] = gain * out[17];
     for (int i : {4, 8, 12, 16})
         if (out[i] > 0) out[i] = 0;
+}
+
+// Past the knee (strictly below `knee`) the joint is rescaled to gain * v + offset, and the
+// rescaled value is floored; above the knee it is left alone. Deep bends are amplified this way
+// so a fist closes fully.
+inline void rescale_below(double& v, double knee, double gain, double offset, double floor) {
+    if (v < knee) {
+        v = gain * v + offset;
+        if (v < floor) v = floor;
+    }
+}
+
+// While `source` is bent past `knee`, `joint` is pulled by gain * (source - knee), written as
+// the firmware forms it: (source + (-knee)) * gain. A bending neighbour drags a finger along.
+inline void pull_along(double& joint, double source, double knee, double gain) {
+    if (source < knee) joint = joint + (source + -knee) * gain;
 }
 
 }  // namespace quil

@@ -4,7 +4,8 @@
 #include <utility>
 
 #include "core/curves.h"
-#include "core/finger_rules.h"
+#include "core/finger_coupling.h"
+#include "core/full_bend_lock.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
@@ -68,7 +69,7 @@ quil::TargetArray quil::hands::Proception(const InputAngles& in, const MemoryRef
     close_spread(out[7], out[5], 0.15);
     close_spread(out[15], out[13], 0.15);
     close_spread(out[19], out[17], 0.25);
-    out[11] = out[7] * 0.24 - 0.32 * out[15];
+    spread_middle_from_neighbours(out, 0.24, 0.32);
 
     out[0] = kThumbBase(out[0]);
     floor_at(out[0], -90);
@@ -93,13 +94,13 @@ quil::TargetArray quil::hands::Proception(const InputAngles& in, const MemoryRef
     }
     out[18] = kLittle(out[18]);
     floor_at(out[18], -84);
-    close_spread_past(out[19], out[18], -5, 0.8);
+    close_spread(out[19], out[18], 0.8, -5);
     follow_distal(out, 0.8);
     // A finger curled past -90 (little finger past -80) snaps fully closed.
-    if (out[6] < -90) out[5] = out[6] = -100;
-    if (out[10] < -90) out[9] = out[10] = -100;
-    if (out[14] < -90) out[13] = out[14] = -100;
-    if (out[18] < -80) out[17] = out[18] = -100;
+    lock_full_bend(out, 5, 6, -90);
+    lock_full_bend(out, 9, 10, -90);
+    lock_full_bend(out, 13, 14, -90);
+    lock_full_bend(out, 17, 18, -80);
 
     // Fixed pinch poses, only with the thumb tip bent toward the fingers.
     if (out[2] < -25) {

@@ -1,7 +1,7 @@
 // QUIL linear AA: the first in-house retargeting revision. A plain linear pose with per-joint
 // limits, the thumb's first joint pulled along by the thumb rotation, and the distal joints of
 // each finger slaved at 0.8 of the proximal ones.
-#include "core/finger_rules.h"
+#include "core/finger_coupling.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
@@ -53,7 +53,7 @@ quil::TargetArray quil::hands::QUIL_linear_AA(const InputAngles& in, const Memor
     if (out[15] > 15) out[15] = 15;
     if (out[19] > 35) out[19] = 35;
     // The middle finger's spread sits between the index and ring spreads.
-    out[11] = out[7] * 0.18 - 0.3 * out[15];
+    spread_middle_from_neighbours(out, 0.18, 0.3);
     close_spread(out[19], out[17], 0.25);
     // Deep bends of the proximal joints are amplified so a fist closes fully.
     rescale_below(out[6], -40, 1.25, 10.0, -80);

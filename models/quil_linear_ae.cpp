@@ -1,7 +1,7 @@
 // QUIL linear AE: the third in-house revision. The thumb tip now steers the thumb rotation
 // (an open tip rotates the thumb in, a deeply bent one out, with a dead band between -20 and
 // -10), and a bent little finger closes the little finger's spread.
-#include "core/finger_rules.h"
+#include "core/finger_coupling.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
@@ -59,7 +59,7 @@ quil::TargetArray quil::hands::QUIL_linear_AE(const InputAngles& in, const Memor
     if (out[15] > 15) out[15] = 15;
     if (out[19] > 35) out[19] = 35;
     // The middle finger's spread sits between the index and ring spreads.
-    out[11] = out[7] * 0.18 - 0.3 * out[15];
+    spread_middle_from_neighbours(out, 0.18, 0.3);
     close_spread(out[19], out[17], 0.25);
     // Deep bends of the proximal joints are amplified so a fist closes fully.
     rescale_below(out[6], -40, 1.25, 10.0, -80);
@@ -72,7 +72,7 @@ quil::TargetArray quil::hands::QUIL_linear_AE(const InputAngles& in, const Memor
     rescale_below(out[17], -40, 0.88, -4.8, -100);
     rescale_below(out[18], -40, 0.88, -4.8, -80);
     // A bent little finger closes its spread.
-    close_spread_past(out[19], out[18], -5, 0.8);
+    close_spread(out[19], out[18], 0.8, -5);
     if (out[0] < -60) out[0] = -60;
     if (out[1] > 0) out[1] = 0;
     if (out[1] < -60) out[1] = -60;

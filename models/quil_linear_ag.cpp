@@ -1,7 +1,7 @@
 // QUIL linear AG: the latest in-house revision. The thumb tip steers the thumb rotation and the
 // thumb's first joint; the little finger's spread drives the thumb rotation and is reshaped
 // (tripled when small, raised by 14 beyond 7); spreads close as their fingers bend.
-#include "core/finger_rules.h"
+#include "core/finger_coupling.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
@@ -68,7 +68,7 @@ quil::TargetArray quil::hands::QUIL_linear_AG(const InputAngles& in, const Memor
     close_spread(out[7], out[5], 0.15);
     close_spread(out[15], out[13], 0.15);
     close_spread(out[19], out[17], 0.25);
-    out[11] = out[7] * 0.24 - 0.32 * out[15];
+    spread_middle_from_neighbours(out, 0.24, 0.32);
     // Deep bends amplified so a fist closes fully.
     rescale_below(out[6], -40, 1.25, 10.0, -80);
     rescale_below(out[9], -45, 1.4, 18.0, -100);
@@ -80,7 +80,7 @@ quil::TargetArray quil::hands::QUIL_linear_AG(const InputAngles& in, const Memor
     rescale_below(out[14], -60, 0.85, -9.0, -80);
     rescale_below(out[17], -40, 0.88, -4.8, -100);
     rescale_below(out[18], -40, 0.88, -4.8, -80);
-    close_spread_past(out[19], out[18], -5, 0.8);
+    close_spread(out[19], out[18], 0.8, -5);
     follow_distal(out, 0.8);
     out[23] = -1.0;
     flip_thumb_and_index(out);
