@@ -23,14 +23,6 @@ TEST(BrainCoRevo1, OpenHandPose) {
     EXPECT_SAME_DOUBLE(-1.0, out[23]);
 }
 
-TEST(BrainCoRevo1, LittleSpreadCapsRingSpreadAndTurnsThumb) {
-    // x7 = 40: ring spread 18 (capped at 15, then at the little spread), little spread 6.
-    const TargetArray out = map(with({{7, 40.0}}));
-    EXPECT_SAME_DOUBLE(6.0, out[15]);
-    EXPECT_SAME_DOUBLE(-(1.3 * (6.0 - 5.0) + 30.0), out[3]);
-    EXPECT_SAME_DOUBLE(6.0 * 3.0, out[19]);
-}
-
 TEST(BrainCoRevo1, ThumbBaseCurve) {
     struct Case {
         double x0;  // thumb base row = -0.75 * x0, truncated to tenths

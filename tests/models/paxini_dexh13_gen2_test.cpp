@@ -43,7 +43,6 @@ TEST(PaXiniDexH13Gen2, GainCurvesPieceByPiece) {
         {0, 19.0, 0, 1.5 * -19.9},          // just above: -29.85, the jump is kept
         {0, 57.2, 0, -60.0 + 4.0},          // deepest piece
         {2, 39.9, 2, -19.9 * 2.5},          // thumb tip near open
-        {2, 40.0, 2, 1.5 * -20.0 - 20.0},   // thumb tip at the breakpoint
         {2, 100.0, 2, -90.0},               // -50 - 45 = -95 stops at -90
         {2, 100.0, 20, 90.0},               // same curve on the opposition joint, mirrored
         {3, 34.5, 6, 0.6 * -30.0 - 42.0},   // index proximal at -30, middle piece
