@@ -44,12 +44,12 @@ constexpr Curve3 kDistal{-15, -70, scale(2.0), affine(0.5, -22.5), affine(1.5, 4
 inline double at_least(double v, double floor) { return v < floor ? floor : v; }
 
 // A finger as a contact pose wants it, judged on its proximal joint against -40.
-enum Finger : unsigned char { bent, open, either };
+enum Finger : unsigned char { bent, extended, either };
 
 bool finger_is(double proximal, Finger want) {
     switch (want) {
         case bent: return proximal < -40;
-        case open: return proximal > -40;
+        case extended: return proximal > -40;
         default: return true;
     }
 }
@@ -71,15 +71,15 @@ constexpr int kProximalSlot[4] = {6, 10, 14, 18};
 // which rules out the later ones.
 constexpr ContactPose kContactPoses[] = {
     // Thumb on the index pad.
-    {{bent, open, open, open}, {{0, -45}, {1, -60}, {2, -78}, {3, 5}, {5, -32}, {6, -55}, {-1, 0}}},
+    {{bent, extended, extended, extended}, {{0, -45}, {1, -60}, {2, -78}, {3, 5}, {5, -32}, {6, -55}, {-1, 0}}},
     // Thumb under the index and middle pads together; the ring finger may rest either way.
-    {{bent, bent, either, open},
+    {{bent, bent, either, extended},
      {{0, -45}, {1, -60}, {2, -78}, {3, 5}, {5, -32}, {6, -55}, {9, -32}, {10, -55}}},
     // Thumb on the middle pad, the middle spread opened to meet it.
-    {{open, bent, either, open},
+    {{extended, bent, either, extended},
      {{0, -45}, {1, -60}, {2, -80}, {3, 20}, {9, -32}, {10, -55}, {11, 10}, {-1, 0}}},
     // Thumb on the ring pad.
-    {{open, open, bent, open}, {{0, -50}, {1, -65}, {2, -80}, {3, 20}, {13, -35}, {14, -55}, {-1, 0}}},
+    {{extended, extended, bent, extended}, {{0, -50}, {1, -65}, {2, -80}, {3, 20}, {13, -35}, {14, -55}, {-1, 0}}},
 };
 
 void apply_contact_poses(TargetArray& out) {
