@@ -2,7 +2,7 @@
 // fingers' proximal joints (index 6, middle 10, ring 14, little 18), one thumb-to-index contact
 // pose and a fist that closes the fingers together to the hand's end stop of -74.
 #include "core/curves.h"
-#include "core/finger_coupling.h"
+#include "core/finger_rules.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
@@ -76,9 +76,9 @@ quil::TargetArray quil::hands::BrainCo_Revo1(const InputAngles& in, const Memory
         out[19] = out[19] + 14.0;
         if (out[19] > 35) out[19] = 35;
     }
-    out[7] = close_spread(out[7], out[5], 0.15);
-    out[15] = close_spread(out[15], out[13], 0.15);
-    out[19] = close_spread(out[19], out[17], 0.25);
+    close_spread(out[7], out[5], 0.15);
+    close_spread(out[15], out[13], 0.15);
+    close_spread(out[19], out[17], 0.25);
     // The middle finger has no spread sensor: it sits between the index and ring spreads.
     out[11] = out[7] * 0.24 - 0.32 * out[15];
 
@@ -96,8 +96,8 @@ quil::TargetArray quil::hands::BrainCo_Revo1(const InputAngles& in, const Memory
     if (out[2] < -90) out[2] = -90;
 
     for (int i : {6, 10, 14, 18}) out[i] = at_least(kProximal(out[i]), kFingerStop);
-    out[19] = close_spread(out[19], out[18], 0.8, -5.0);
-    follow_distal_joints(out, 0.8);
+    close_spread_past(out[19], out[18], -5, 0.8);
+    follow_distal(out, 0.8);
 
     // Thumb on the index pad: a half-bent index meets a thumb well across the palm.
     if (out[2] < -40 && out[6] < -30 && out[6] > -60) {

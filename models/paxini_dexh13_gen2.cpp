@@ -8,7 +8,7 @@
 
 #include "core/common_coefficients.h"
 #include "core/curves.h"
-#include "core/finger_coupling.h"
+#include "core/finger_rules.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
@@ -111,9 +111,9 @@ quil::TargetArray quil::hands::PaXini_DexH13_GEN2(const InputAngles& in, const M
         out[19] = out[19] + 3.5;
         if (out[19] > 30) out[19] = 30;
     }
-    out[7] = close_spread(out[7], out[5], 0.15);
-    out[15] = close_spread(out[15], out[13], 0.15);
-    out[19] = close_spread(out[19], out[17], 0.25);
+    close_spread(out[7], out[5], 0.15);
+    close_spread(out[15], out[13], 0.15);
+    close_spread(out[19], out[17], 0.25);
     // The middle finger has no spread sensor: it sits between the index and ring spreads.
     out[11] = out[7] * 0.24 - 0.32 * out[15];
 
@@ -132,8 +132,8 @@ quil::TargetArray quil::hands::PaXini_DexH13_GEN2(const InputAngles& in, const M
     if (out[18] > 0) out[18] = 0;
     out[17] = at_least(kDistal(out[17]), -100);
     out[18] = at_least(kProximal(out[18]), -100);
-    out[19] = close_spread(out[19], out[18], 0.8, -5.0);
-    follow_distal_joints(out, 0.8);
+    close_spread_past(out[19], out[18], -5, 0.8);
+    follow_distal(out, 0.8);
 
     // A deeply bent finger snaps fully closed; the little finger, shorter, snaps earlier. The
     // distal joints keep the values they followed above.
