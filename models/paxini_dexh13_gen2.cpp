@@ -4,8 +4,6 @@
 //
 // Finger joints: index (5, 6), middle (9, 10), ring (13, 14), little (17, 18); the first of each
 // pair is the doubly written row, the slot before it the distal joint.
-#include <array>
-
 #include "core/common_coefficients.h"
 #include "core/curves.h"
 #include "core/finger_rules.h"
