@@ -2,7 +2,7 @@
 // fingers' proximal joints (index 6, middle 10, ring 14, little 18), one thumb-to-index contact
 // pose and a fist that closes the fingers together to the hand's end stop of -74.
 #include "core/curves.h"
-#include "core/finger_rules.h"
+#include "core/finger_coupling.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
@@ -96,7 +96,7 @@ quil::TargetArray quil::hands::BrainCo_Revo1(const InputAngles& in, const Memory
     if (out[2] < -90) out[2] = -90;
 
     for (int i : {6, 10, 14, 18}) out[i] = at_least(kProximal(out[i]), kFingerStop);
-    close_spread_past(out[19], out[18], -5, 0.8);
+    close_spread(out[19], out[18], 0.8, -5);
     follow_distal(out, 0.8);
 
     // Thumb on the index pad: a half-bent index meets a thumb well across the palm.

@@ -6,7 +6,7 @@
 // pair is the doubly written row, the slot before it the distal joint.
 #include "core/common_coefficients.h"
 #include "core/curves.h"
-#include "core/finger_rules.h"
+#include "core/finger_coupling.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
@@ -130,7 +130,7 @@ quil::TargetArray quil::hands::PaXini_DexH13_GEN2(const InputAngles& in, const M
     if (out[18] > 0) out[18] = 0;
     out[17] = at_least(kDistal(out[17]), -100);
     out[18] = at_least(kProximal(out[18]), -100);
-    close_spread_past(out[19], out[18], -5, 0.8);
+    close_spread(out[19], out[18], 0.8, -5);
     follow_distal(out, 0.8);
 
     // A deeply bent finger snaps fully closed; the little finger, shorter, snaps earlier. The
