@@ -29,7 +29,7 @@ constexpr ThresholdPair kIndexActive{-20.0f, -75.0f};
 constexpr ThresholdPair kThumbActive{-28.0f, -70.0f};
 
 // Past this index bend the thumb tip returns to the depth it had before the pinch took over.
-const double kIndexDeep = double(kIndexActive.at_or_below - 20.0f);
+constexpr double kIndexDeep = double(kIndexActive.at_or_below - 20.0f);
 
 // A held pinch lets go once the index opens past this or the thumb tip past its release depth.
 constexpr double kIndexRelease = -28.69999885559082;
@@ -142,8 +142,7 @@ quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56F1_E4(const InputAngles& in, c
     }
     if (out[1] > 0) out[1] = 0;
     if (out[1] < -90) out[1] = -90;
-    // The thumb tip follows the first thumb joint; its own row has no say (weight 0), but a
-    // NaN in it still reaches the tip.
+    // The thumb tip follows the first thumb joint; the blend keeps the tip's own row at weight 0.
     const double tip_weight = 0.0;
     out[2] = (out[2] * tip_weight + (1.0 - tip_weight) * out[1]) * double(0.9f);
     if (out[2] < -75) out[2] = -75;

@@ -57,8 +57,9 @@ constexpr FingerRemap kFingers{
     -100.0,
 };
 
-// Curls a joint toward a (negative) grasp limit: the further it is already bent, the stronger
-// the pull, but never past the limit. A joint already at or beyond the limit is set to it.
+// Curls a joint toward a (negative) grasp limit: the joint is scaled by the gain and by how far
+// along to the limit it already is, so a strong gain pulls a nearly closed joint onto the limit,
+// never past it. A joint already at or beyond the limit is set to it.
 double curl_toward(double v, int limit, float gain) {
     const double l = limit;
     const double r = v > l ? std::fabs(v / l) * (double(gain) * v) : l;
