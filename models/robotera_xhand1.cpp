@@ -1,13 +1,220 @@
-// PLACEHOLDER: ROBOTERA_XHAND1 is not mapped yet; this file is replaced by the real mapping.
+// ROBOTERA XHAND1: a linear pose with wide-range finger linkages. The thumb tip and the finger
+// joints are remapped through three-piece gains to cover the linkages' travel, and once the
+// thumb is deeply flexed the hand switches to fixed pinch and grasp poses chosen by which
+// fingers are bent, because its thumb cannot find the finger pads on its own.
+#include <cmath>
+
+#include "core/curves.h"
+#include "core/finger_remap.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
 
-double Quil_linear::ROBOTERA_XHAND1::weight[228] = {};
-double Quil_linear::ROBOTERA_XHAND1::w0[19] = {};
+double Quil_linear::ROBOTERA_XHAND1::weight[228] = {
+     -75.0,  -40.0,   30.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,   -5.0,    0.0,   -5.0,  // p0
+     -75.0,  -45.0,   20.0,    0.0,    0.0,    0.0,    5.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p1
+      -5.0,  -65.0,  -50.0,    5.0,    0.0,    0.0,    8.0,    0.0,    0.0,    5.0,    0.0,   15.0,  // p2
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p3
+       0.0,    5.0,    0.0,  -90.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p4
+       0.0,   -2.0,   -2.0, -100.0,    0.0,    0.0,  -10.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p5
+       0.0,   -3.0,    0.0,    0.0,   35.0,    0.0,    0.0,   -3.0,    0.0,    0.0,   -6.0,   -3.0,  // p6
+       0.0,    1.0,   10.0,    0.0,    0.0,    0.0,  -90.0,    0.0,   -2.0,   -2.0,    0.0,   -2.0,  // p7
+       0.0,    1.0,    0.0,    0.0,    5.0,    0.0, -100.0,    0.0,   -2.0,   -2.0,    0.0,   -2.0,  // p8
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p9
+       0.0,    5.0,   10.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  -90.0,    0.0,    0.0,  // p10
+       0.0,   -5.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0, -100.0,    0.0,    0.0,  // p11
+       0.0,    0.0,    0.0,    0.0,   -3.0,    0.0,    0.0,   40.0,    0.0,    0.0,    0.0,    0.0,  // p12
+       0.0,    5.0,   10.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0, -100.0,  // p13
+       0.0,   -5.0,    0.0,    0.0,    0.0,   -5.0,    0.0,    0.0,    0.0,  -10.0,    0.0, -100.0,  // p14
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,   10.0,    0.0,    0.0,   35.0,    0.0,  // p15
+       5.0,  -45.0,  -50.0,   10.0,    0.0,    0.0,   -5.0,    0.0,    0.0,  -10.0,    0.0,  -10.0,  // p16
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p17
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p18
+};
+double Quil_linear::ROBOTERA_XHAND1::w0[19] = {0.0, 0.0, -10.0, 30.0, 0.0, 1.0, 1.0, 0.0, 1.0, 1.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0};
 
-quil::TargetArray quil::hands::ROBOTERA_XHAND1(const InputAngles&, const MemoryRef&) {
-    TargetArray out{};
+namespace {
+
+using namespace quil;
+
+constexpr RowRules kRows = RowRules{}
+    .rows({0, 1, 5, 8, 11, 14}, upper(0), lower(-90))
+    .rows({2, 16, 17}, upper(0))
+    .rows({3}, lower(5), upper(35))
+    .rows({6, 12, 15}, lower(0))
+    .twice({4, 7, 10, 13}, upper(0), lower(-100));
+
+// The thumb tip's linkage: small bends are amplified, the middle of the range is shifted deep.
+constexpr Curve3 kThumbTip{-30.0, -50.0, scale(2.2), affine(0.9, -39.0), affine(1.5, -9.0)};
+// The thumb's first joint; a deep bend gives back a little.
+constexpr Curve3 kThumbBase{-20.0, -60.0, scale(1.5), affine(0.6, -20.0), affine(1.0, 4.0)};
+// The index abduction motor shares its travel with the index knuckle.
+constexpr Curve3 kIndexKnuckle{-10.0, -60.0, scale(1.5), affine(0.5, -10.0), affine(2.0, 80.0)};
+
+constexpr FingerRemap kFingers{
+    Curve3{-30.0, -50.0, scale(2.0), affine(0.6, -42.0), affine(1.5, 3.0)},
+    Curve3{-15.0, -70.0, scale(2.0), affine(0.5, -22.5), affine(1.5, 47.5)},
+    -100.0,
+};
+
+// Curls a joint toward a (negative) grasp limit: the joint is scaled by the gain and by how far
+// along to the limit it already is, so a strong gain pulls a nearly closed joint onto the limit,
+// never past it. A joint already at or beyond the limit is set to it.
+double curl_toward(double v, int limit, float gain) {
+    const double l = limit;
+    const double r = v > l ? std::fabs(v / l) * (double(gain) * v) : l;
+    return r > l ? r : l;
+}
+
+}  // namespace
+
+quil::TargetArray quil::hands::ROBOTERA_XHAND1(const InputAngles& in, const MemoryRef&) {
+    using Hand = Quil_linear::ROBOTERA_XHAND1;
+    TargetArray out;
+    const int k = run_linear_stage(in, Clamp::min_max, {Hand::weight, Hand::w0}, kRows, out);
+
+    out[2] = kThumbTip(out[2]);
+    if (out[2] < -110) out[2] = -110;
+    // A deeply bent thumb tip straightens the two thumb base joints a little.
+    if (out[2] < -90) {
+        out[1] = out[1] - out[2] * 0.2 - 18.0;
+        out[0] = out[0] - out[2] * 0.2 - 18.0;
+    }
+    if (out[7] > 25) out[7] = 25;
+    if (out[15] > 15) out[15] = 15;
+    if (out[19] > 35) out[19] = 35;
+    // The ring abduction never spreads further than the little finger's.
+    if (out[15] > out[19]) out[15] = out[19];
+    // Spreading the little finger rotates the thumb out of its way.
+    if (out[19] > 5) {
+        out[3] = 1.3 * (out[19] - 5.0) + out[3];
+        if (out[3] > 35) out[3] = 35;
+    }
+    if (out[19] < 7) {
+        out[19] = out[19] * 3.0;
+    } else {
+        out[19] = out[19] + 14.0;
+        if (out[19] > 35) out[19] = 35;
+    }
+    // Bending a finger closes its spread.
+    if (out[5] < 0) {
+        out[7] = 0.15 * out[5] + out[7];
+        if (out[7] < 0) out[7] = 0;
+    }
+    if (out[13] < 0) {
+        out[15] = 0.15 * out[13] + out[15];
+        if (out[15] < 0) out[15] = 0;
+    }
+    if (out[17] < 0) {
+        out[19] = 0.25 * out[17] + out[19];
+        if (out[19] < 0) out[19] = 0;
+    }
+    // The middle finger's abduction follows the index and ring abductions.
+    out[11] = out[7] * 0.24 - 0.32 * out[15];
+    out[1] = kThumbBase(out[1]);
+    if (out[1] < -90) out[1] = -90;
+    out[5] = kIndexKnuckle(out[5]);
+    if (out[5] < -100) out[5] = -100;
+    kFingers.apply(out, {6, 10, 14, 18}, {9, 13, 17});
+    if (out[18] < -5) {
+        out[19] = 0.8 * (out[18] + 5.0) + out[19];
+        if (out[19] < 0) out[19] = 0;
+    }
+    // Distal joints follow the proximal ones at 0.8, never extending past straight.
+    out[4] = out[5] * 0.8;
+    out[8] = out[9] * 0.8;
+    out[12] = out[13] * 0.8;
+    out[16] = out[17] * 0.8;
+    for (int i : {4, 8, 12, 16})
+        if (out[i] > 0) out[i] = 0;
+    // A finger bent nearly to its end stop goes all the way, both joints.
+    if (out[6] < -90) out[5] = out[6] = -100;
+    if (out[10] < -90) out[9] = out[10] = -100;
+    if (out[14] < -90) out[13] = out[14] = -100;
+    if (out[18] < -90) out[17] = out[18] = -100;
+
+    // With the thumb deeply flexed, the bent fingers pick a fixed pinch or grasp pose. The tests
+    // overlap on purpose and each sees what the earlier ones left: the last one to fire wins.
+    if (out[2] < -42) {
+        // Index pinch.
+        if (out[6] < -45 && out[10] > -50 && out[14] > -50 && out[18] > -50) {
+            out[1] = -35;
+            out[0] = -35;
+            out[2] = curl_toward(out[2], -72, 1.0f);
+            out[20] = -19;
+            out[5] = -40;
+            out[6] = curl_toward(out[6], -76, 1.4f);
+        }
+        // Index and middle together against the thumb.
+        if (out[6] < -40 && out[10] < -50 && out[18] > -50) {
+            out[1] = -35;
+            out[0] = -35;
+            out[2] = curl_toward(out[2], -82, 1.4f);
+            out[5] = -40;
+            out[6] = curl_toward(out[6], -76, 1.4f);
+            out[9] = -40;
+            out[10] = curl_toward(out[10], -76, 1.4f);
+        }
+        // Middle pinch.
+        if (out[6] > -50 && out[10] < -50 && out[14] > -50 && out[18] > -50) {
+            out[1] = -35;
+            out[0] = -35;
+            out[2] = curl_toward(out[2], -85, 1.4f);
+            out[9] = -40;
+            out[10] = curl_toward(out[10], -76, 1.5f);
+        }
+        // Middle and ring together.
+        if (out[6] > -50 && out[10] < -50 && out[14] < -50 && out[18] > -50) {
+            out[1] = -35;
+            out[0] = -35;
+            out[2] = curl_toward(out[2], -95, 1.0f);
+            out[9] = -40;
+            out[10] = curl_toward(out[10], -76, 1.0f);
+            out[13] = -40;
+            out[14] = curl_toward(out[14], -76, 1.0f);
+        }
+        // Ring pinch.
+        if (out[6] > -50 && out[10] > -50 && out[14] < -50 && out[18] > -50) {
+            out[1] = -32;
+            out[0] = -33;
+            out[2] = curl_toward(out[2], -100, 1.4f);
+            out[13] = -40;
+            out[14] = curl_toward(out[14], -76, 1.4f);
+        }
+        // Ring and little half bent: the thumb reaches across to the ring finger.
+        if (out[6] > -50 && out[10] > -50 && out[14] < -50 && out[18] < -50 && out[14] > -70 &&
+            out[18] > -70) {
+            out[1] = -32;
+            out[0] = -33;
+            if (out[2] > -100) out[2] = -100;
+            if (out[2] < -110) out[2] = -110;
+            if (out[13] < -40) out[13] = -40;
+            if (out[14] > -70) out[14] = -70;
+            if (out[14] < -76) out[14] = -76;
+        }
+        // Ring and little fully bent: they close completely under the thumb.
+        if (out[6] > -50 && out[10] > -50 && out[14] < -70 && out[18] < -70) {
+            out[1] = -35;
+            out[0] = -35;
+            if (out[2] > -100) out[2] = -100;
+            if (out[2] < -110) out[2] = -110;
+            out[13] = out[14] = out[17] = out[18] = -100;
+        }
+        // Little finger pinch.
+        if (out[6] > -50 && out[10] > -50 && out[14] > -50 && out[18] < -50) {
+            out[1] = -30;
+            out[0] = -30;
+            out[2] = -110;
+            out[17] = -40;
+            out[18] = -76;
+        }
+    }
+    // A fist closes every finger fully, whatever the thumb does.
+    if (out[6] < -80 && out[10] < -80 && out[14] < -80 && out[18] < -60)
+        out[5] = out[6] = out[10] = out[14] = out[18] = out[9] = out[13] = out[17] = -100;
+
+    out[k] = -1.0;
+    flip_thumb_and_index(out);
     return out;
 }
 
