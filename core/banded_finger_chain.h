@@ -2,9 +2,10 @@
 // DH116, which was derived from it): the row limits of the linear stage, then the rules that
 // turn the emitted rows into joint targets, up to the hand's own pinch poses.
 //
-// The thumb rotation is coupled to the thumb's third joint: a straight joint pulls the rotation
-// in, a bent one lets it go by a hand-specific amount. Each curl is scaled in three bands, so
-// that light bends show and deep bends do not saturate early. The spreads close with the curls and the distal joints follow at 0.8.
+// The thumb rotation is coupled to thumb slot 2: a straight thumb pulls the rotation in, a bent
+// one lets it go by a hand-specific amount. Each curl is scaled in three bands, so that light
+// bends show and deep bends do not saturate early. The spreads close with the curls and the
+// distal joints follow at 0.8.
 #pragma once
 
 #include "core/curves.h"
