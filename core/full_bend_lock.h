@@ -18,4 +18,13 @@ inline void lock_full_bend(TargetArray& out, int partner, int judge, double dept
     }
 }
 
+// The whole hand, finger by finger: index, middle and ring lock past `finger_depth`, the little
+// finger, which reaches its stop earlier, past `little_depth`.
+inline void lock_full_bends(TargetArray& out, double finger_depth, double little_depth) {
+    lock_full_bend(out, 5, 6, finger_depth);
+    lock_full_bend(out, 9, 10, finger_depth);
+    lock_full_bend(out, 13, 14, finger_depth);
+    lock_full_bend(out, 17, 18, little_depth);
+}
+
 }  // namespace quil

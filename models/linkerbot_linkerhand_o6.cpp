@@ -105,10 +105,7 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O6(const InputAngles& in, co
 
     follow_distal(out, 0.8);
     // The little finger locks earlier (-80) than the others (-90).
-    lock_full_bend(out, 5, 6, -90);
-    lock_full_bend(out, 9, 10, -90);
-    lock_full_bend(out, 13, 14, -90);
-    lock_full_bend(out, 17, 18, -80);
+    lock_full_bends(out, -90, -80);
 
     pinch_assist(out);
 

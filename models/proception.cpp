@@ -97,10 +97,7 @@ quil::TargetArray quil::hands::Proception(const InputAngles& in, const MemoryRef
     close_spread(out[19], out[18], 0.8, -5);
     follow_distal(out, 0.8);
     // A finger curled past -90 (little finger past -80) snaps fully closed.
-    lock_full_bend(out, 5, 6, -90);
-    lock_full_bend(out, 9, 10, -90);
-    lock_full_bend(out, 13, 14, -90);
-    lock_full_bend(out, 17, 18, -80);
+    lock_full_bends(out, -90, -80);
 
     // Fixed pinch poses, only with the thumb tip bent toward the fingers.
     if (out[2] < -25) {
