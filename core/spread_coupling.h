@@ -40,6 +40,14 @@ inline void reshape_little_spread(double& spread, const LittleSpreadGain& g) {
     }
 }
 
+// A wide little-finger spread (above 5) turns the thumb toward the palm, up to 35.
+inline void rotate_thumb_with_little_spread(TargetArray& out, double gain) {
+    if (out[19] > 5) {
+        out[3] = out[3] + (out[19] - 5) * gain;
+        if (out[3] > 35) out[3] = 35;
+    }
+}
+
 // While `bend` is past `knee` (strictly below it), the spread closes by gain * (bend - knee),
 // never below zero.
 inline void close_spread_with_bend(double& spread, double bend, double knee, double gain) {

@@ -3,6 +3,7 @@
 // pads only meet the thumb in a few well-tuned postures, a bent finger with the thumb turned in
 // snaps to one of eight recorded pinch poses. All four fingers bent deep move as one, and a
 // full fist locks every finger joint closed.
+#include "core/bend_coupling.h"
 #include "core/curves.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
@@ -148,8 +149,8 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L20(const InputAngles& in, c
     bend_finger(out[10], kProximal);
     bend_finger(out[13], kMiddle);
     bend_finger(out[14], kProximal);
-    // The little finger's joints are pushed by its spread before they are reshaped, and a deep
-    // proximal bend then closes the spread again.
+    // A spread little finger cannot bend as far: its spread eases both joints before they are
+    // reshaped, and a deep proximal bend then closes the spread again.
     out[17] = out[17] + out[19];
     out[18] = out[18] + out[19];
     if (out[17] > 0) out[17] = 0;
@@ -158,13 +159,7 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L20(const InputAngles& in, c
     bend_finger(out[18], kProximal);
     close_spread_with_bend(out[19], out[18], -5, 0.8);
 
-    // Distal joints follow the middle joints at 0.8, never extending past straight.
-    out[4] = 0.8 * out[5];
-    out[8] = 0.8 * out[9];
-    out[12] = 0.8 * out[13];
-    out[16] = 0.8 * out[17];
-    for (int i : {4, 8, 12, 16})
-        if (out[i] > 0) out[i] = 0;
+    distal_joints_follow(out, 0.8);
 
     // A finger bent nearly fully is driven fully closed; the little finger earlier.
     if (out[6] < -90) out[5] = out[6] = -100;
