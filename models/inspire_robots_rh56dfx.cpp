@@ -2,6 +2,7 @@
 // is geared steeply and drags the thumb base along when it bends far; the proximal finger values
 // are doubled for the hand's wider joint range, and deep bends are stretched so the fist closes.
 #include "core/bend_coupling.h"
+#include "core/curves.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/spread_coupling.h"
@@ -41,6 +42,9 @@ constexpr RowRules kRows = RowRules{}
     .rows({6, 12, 15}, lower(0))
     .twice({4, 7, 10, 13}, upper(0), lower(-100));
 
+// The index's middle joint: a light bend is doubled, a medium one eased, a deep one kept.
+constexpr Curve3 kIndexMiddle{-20, -50, scale(2.0), affine(0.3, -34.0), affine(1.0, 1.0)};
+
 }  // namespace
 
 quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56DFX(const InputAngles& in, const MemoryRef&) {
@@ -70,14 +74,7 @@ quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56DFX(const InputAngles& in, con
     close_spread_with_bend(out[19], out[17], 0, 0.25);
     derive_middle_spread(out);
 
-    // The index's middle joint: a light bend is doubled, a medium one eased, a deep one kept.
-    if (out[5] > -20) {
-        out[5] = out[5] + out[5];
-    } else if (out[5] > -50) {
-        out[5] = 0.3 * out[5] - 34;
-    } else {
-        out[5] = out[5] + 1;
-    }
+    out[5] = kIndexMiddle(out[5]);
     if (out[5] < -100) out[5] = -100;
     rescale_past_knee(out[6], -40, 1.2, 8, -100);
     rescale_past_knee(out[10], -40, 1.2, 8, -100);
