@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "test_util.h"
 
 namespace {
@@ -70,14 +72,10 @@ TEST(InspireRH56DFX, DeepBendsReachTwiceTheFloor) {
 }
 
 TEST(InspireRH56DFX, OutOfRangeReadingsActAsTheirBounds) {
-    struct Case {
-        double raw, as;
-    };
-    const Case cases[] = {{kNaN, 120.0}, {kInf, 120.0}, {-kInf, -20.0}, {1e300, 120.0}, {-30.0, -20.0}};
-    for (const Case& c : cases)
+    const std::pair<double, double> cases[] = {{kNaN, 120.0}, {kInf, 120.0}, {-kInf, -20.0}, {1e300, 120.0}, {-30.0, -20.0}};
+    for (const auto& [raw, as] : cases)
         for (int i = 0; i < 12; ++i) {
-            const TargetArray got = map(with({{i, c.raw}}));
-            const TargetArray want = map(with({{i, c.as}}));
+            const TargetArray got = map(with({{i, raw}})), want = map(with({{i, as}}));
             for (int s = 0; s < 24; ++s) EXPECT_SAME_DOUBLE(want[s], got[s]) << "input " << i << " slot " << s;
         }
 }
