@@ -1,13 +1,55 @@
-// Finger spread (abduction) against curl. A curling finger cannot stay spread: the index, ring
-// and little spreads close as their own finger bends, the little spread is boosted at small
-// angles so it reads at all, and the middle finger, which has no spread sensor of its own, sits
-// between the index and ring spreads.
+// Finger spread (abduction) against curl. The glove measures the spread of the index (out[7]),
+// ring (out[15]) and little finger (out[19]); the middle finger's spread (out[11]) sits between
+// its neighbours. The hands' little fingers spread less than a human one, so that spread is
+// reshaped; the ring finger never spreads past the little finger, or the two would cross; and a
+// curling finger cannot stay spread, so a fist does not splay.
 #pragma once
 
 #include "core/finger_coupling.h"
 #include "core/records.h"
 
 namespace quil {
+
+
+// Upper limits of the three measured spreads. The ring finger never spreads past the little
+// finger, or the two would cross.
+struct SpreadCaps {
+    double index;
+    double ring;
+    double little;
+};
+
+inline void cap_spreads(TargetArray& out, const SpreadCaps& caps) {
+    if (out[7] > caps.index) out[7] = caps.index;
+    if (out[15] > caps.ring) out[15] = caps.ring;
+    if (out[19] > caps.little) out[19] = caps.little;
+    if (out[15] > out[19]) out[15] = out[19];
+}
+
+// The little finger's spread: a narrow spread (below 7) is scaled up; a wider one is offset and
+// capped.
+struct LittleSpreadGain {
+    double narrow_gain;
+    double wide_offset;
+    double cap;
+};
+
+inline void reshape_little_spread(double& spread, const LittleSpreadGain& g) {
+    if (spread < 7) {
+        spread = spread * g.narrow_gain;
+    } else {
+        spread = spread + g.wide_offset;
+        if (spread > g.cap) spread = g.cap;
+    }
+}
+
+// A wide little-finger spread (above 5) turns the thumb toward the palm, up to 35.
+inline void rotate_thumb_with_little_spread(TargetArray& out, double gain) {
+    if (out[19] > 5) {
+        out[3] = out[3] + (out[19] - 5) * gain;
+        if (out[3] > 35) out[3] = 35;
+    }
+}
 
 // One hand's spread constants. Slots: 7 index spread, 11 middle spread, 15 ring spread,
 // 19 little spread; 5, 13 and 17 the curls that close them.

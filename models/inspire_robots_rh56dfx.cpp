@@ -1,13 +1,97 @@
-// PLACEHOLDER: INSPIRE_ROBOTS_RH56DFX is not mapped yet; this file is replaced by the real mapping.
+// INSPIRE ROBOTS RH56DFX: a six-actuator hand with linkage-coupled fingers. The thumb's tip joint
+// is geared steeply and drags the thumb base along when it bends far; the proximal finger values
+// are doubled for the hand's wider joint range, and deep bends are stretched so the fist closes.
+#include "core/finger_coupling.h"
+#include "core/curves.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
+#include "core/spread_coupling.h"
 #include "models/hands.h"
 
-double Quil_linear::INSPIRE_ROBOTS_RH56DFX::weight[228] = {};
-double Quil_linear::INSPIRE_ROBOTS_RH56DFX::w0[19] = {};
+double Quil_linear::INSPIRE_ROBOTS_RH56DFX::weight[228] = {
+    -160.0,   45.0,   30.0,    0.0,    0.0,    0.0,    0.0,    0.0,   10.0,    0.0,   10.0,    0.0,  // p0
+     -95.0,  -10.0,   15.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,   -5.0,    0.0,   -5.0,  // p1
+      10.0,  -50.0,  -70.0,  -15.0,    0.0,    0.0,    8.0,    0.0,    0.0,   15.0,    0.0,   15.0,  // p2
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p3
+       0.0,   -5.0,    0.0,  -95.0,    0.0,   -5.0,    0.0,    0.0,   -5.0,   -5.0,    0.0,   -5.0,  // p4
+       0.0,    0.0,    0.0,  -90.0,    0.0,    0.0,    0.0,    0.0,    0.0,   -2.0,    0.0,   -8.0,  // p5
+       0.0,   -3.0,    0.0,    0.0,   35.0,    0.0,    0.0,   -3.0,    0.0,    0.0,   -6.0,   -3.0,  // p6
+       0.0,   -5.0,    0.0,    0.0,    0.0,    0.0, -115.0,    0.0,   15.0,   -5.0,    0.0,   -5.0,  // p7
+       0.0,   -5.0,    0.0,    0.0,    5.0,    0.0,  -85.0,    0.0,    0.0,   -2.0,    0.0,   -2.0,  // p8
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p9
+       0.0,   -5.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0, -140.0,    0.0,    0.0,  // p10
+       0.0,   -5.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0, -100.0,  -10.0,    0.0,  // p11
+       0.0,    0.0,    0.0,    0.0,   -3.0,    0.0,    0.0,   40.0,    0.0,    0.0,  -20.0,    0.0,  // p12
+       0.0,  -12.0,    0.0,    0.0,    0.0,   -5.0,    0.0,    0.0,    0.0,  -20.0,    0.0, -160.0,  // p13
+       0.0,   -5.0,    0.0,    0.0,    0.0,   -5.0,    0.0,    0.0,    0.0,  -15.0,    0.0, -110.0,  // p14
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,   10.0,    0.0,    0.0,   35.0,    0.0,  // p15
+       2.5,  -52.5,    5.0,    0.0,    0.0,    4.0,    0.0,    0.0,    4.0,    2.5,    5.0,    5.0,  // p16
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p17
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p18
+};
+double Quil_linear::INSPIRE_ROBOTS_RH56DFX::w0[19] = {0.0, 0.0, -10.0, 30.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, -10.0, 0.0, 0.0};
 
-quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56DFX(const InputAngles&, const MemoryRef&) {
-    TargetArray out{};
+namespace {
+
+using namespace quil;
+
+constexpr RowRules kRows = RowRules{}
+    .rows({0, 5, 8, 11, 14}, upper(0), lower(-80))
+    .rows({2, 16, 17}, upper(0))
+    .rows({3}, lower(5), upper(35))
+    .rows({6, 12, 15}, lower(0))
+    .twice({4, 7, 10, 13}, upper(0), lower(-100));
+
+// The index's middle joint: a light bend is doubled, a medium one eased, a deep one kept.
+constexpr Curve3 kIndexMiddle{-20, -50, scale(2.0), affine(0.3, -34.0), affine(1.0, 1.0)};
+
+}  // namespace
+
+quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56DFX(const InputAngles& in, const MemoryRef&) {
+    using Hand = Quil_linear::INSPIRE_ROBOTS_RH56DFX;
+    TargetArray out;
+    run_linear_stage(in, Clamp::min_max, {Hand::weight, Hand::w0}, kRows, out);
+
+    if (out[1] < -60) out[1] = -60;
+    // The thumb tip barely moves in its first 20 and is geared steeply past that.
+    if (out[2] > -20) {
+        out[2] = 0.9 * out[2];
+    } else {
+        out[2] = out[2] * 3.9 + 60;
+    }
+    if (out[2] < -75) out[2] = -75;
+    // A tip bent past -50 pulls the thumb base in with it.
+    if (out[2] < -50) {
+        out[0] = out[0] - (out[2] * 0.2 + 10);
+        if (out[0] > 0) out[0] = 0;
+    }
+
+    cap_spreads(out, SpreadCaps{25, 15, 35});
+    rotate_thumb_with_little_spread(out, 1.3);
+    reshape_little_spread(out[19], LittleSpreadGain{3, 14, 35});
+    close_spread(out[7], out[5], 0.15);
+    close_spread(out[15], out[13], 0.15);
+    close_spread(out[19], out[17], 0.25);
+    spread_middle_from_neighbours(out, 0.24, 0.32);
+
+    out[5] = kIndexMiddle(out[5]);
+    if (out[5] < -100) out[5] = -100;
+    rescale_below(out[6], -40, 1.2, 8, -100);
+    rescale_below(out[10], -40, 1.2, 8, -100);
+    // The ring finger is pulled along by the middle finger's bend.
+    pull_along(out[13], out[9], -7, 0.2);
+    pull_along(out[14], out[10], -5, 0.2);
+    rescale_below(out[13], -60, 0.85, -9, -100);
+    rescale_below(out[14], -40, 1.2, 8, -100);
+    rescale_below(out[17], -40, 0.88, -4.8, -100);
+    rescale_below(out[18], -40, 1.5, 20, -100);
+    close_spread(out[19], out[18], 0.8, -5);
+    follow_distal(out, 0.8);
+
+    out[23] = -1.0;
+    // The thumb joints and the proximal finger joints have twice the glove's range.
+    for (int i : {0, 2, 6, 10, 14, 18}) out[i] = out[i] + out[i];
+    flip_thumb_and_index(out);
     return out;
 }
 

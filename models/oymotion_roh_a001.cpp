@@ -1,13 +1,107 @@
-// PLACEHOLDER: OYMotion_ROH_A001 is not mapped yet; this file is replaced by the real mapping.
+// OYMotion ROH_A001: a six-actuator hand whose thumb joints are coupled to each other and to the
+// index finger. A lightly bent thumb base takes its value from the index finger's middle joint,
+// the thumb rotation is derived from the thumb tip alone, and the finger joints are stretched
+// past a knee so the fist closes.
+#include "core/finger_coupling.h"
+#include "core/curves.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
+#include "core/spread_coupling.h"
 #include "models/hands.h"
 
-double Quil_linear::OYMotion_ROH_A001::weight[228] = {};
-double Quil_linear::OYMotion_ROH_A001::w0[19] = {};
+double Quil_linear::OYMotion_ROH_A001::weight[228] = {
+    -150.0,   45.0,   30.0,    0.0,    0.0,    0.0,    0.0,    0.0,  -10.0,    0.0,   10.0,    0.0,  // p0
+     -95.0,  -10.0,   15.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,   -5.0,    0.0,   -5.0,  // p1
+      10.0,  -35.0,  -50.0,   -5.0,    0.0,    0.0,    8.0,    0.0,    0.0,   15.0,    0.0,   15.0,  // p2
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p3
+       0.0,   -5.0,    0.0,  -95.0,    0.0,   -5.0,    0.0,    0.0,   -5.0,   -5.0,    0.0,   -5.0,  // p4
+       0.0,   -5.0,   -5.0,  -85.0,    0.0,    0.0,    0.0,    0.0,  -15.0,   -2.0,    0.0,  -12.0,  // p5
+       0.0,   -3.0,    0.0,    0.0,   35.0,    0.0,    0.0,   -3.0,    0.0,    0.0,   -6.0,   -3.0,  // p6
+       0.0,   -5.0,    0.0,    0.0,    0.0,    0.0, -115.0,    0.0,   15.0,   -5.0,    0.0,   -5.0,  // p7
+       0.0,   -5.0,    0.0,    0.0,    5.0,    0.0,  -70.0,    0.0,  -15.0,   -2.0,    0.0,   -2.0,  // p8
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p9
+       0.0,   -5.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0, -140.0,    0.0,    0.0,  // p10
+       0.0,   -5.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0, -100.0,  -10.0,    0.0,  // p11
+       0.0,    0.0,    0.0,    0.0,   -3.0,    0.0,    0.0,   40.0,    0.0,    0.0,  -20.0,    0.0,  // p12
+       0.0,  -12.0,    0.0,    0.0,    0.0,   -5.0,    0.0,    0.0,    0.0,  -20.0,   30.0, -160.0,  // p13
+       0.0,   -5.0,    0.0,    0.0,    0.0,   -5.0,    0.0,    0.0,    0.0,  -15.0,   28.0, -110.0,  // p14
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,   10.0,    0.0,    0.0,   35.0,    0.0,  // p15
+       2.5,  -52.5,    5.0,    0.0,    0.0,    4.0,    0.0,    0.0,    4.0,    2.5,    5.0,    5.0,  // p16
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p17
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p18
+};
+double Quil_linear::OYMotion_ROH_A001::w0[19] = {0.0, 0.0, -10.0, 30.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, -10.0, 0.0, 0.0};
 
-quil::TargetArray quil::hands::OYMotion_ROH_A001(const InputAngles&, const MemoryRef&) {
-    TargetArray out{};
+namespace {
+
+using namespace quil;
+
+constexpr RowRules kRows = RowRules{}
+    .rows({0, 5, 8, 11, 14}, upper(0), lower(-80))
+    .rows({2, 16, 17}, upper(0))
+    .rows({3}, lower(5), upper(35))
+    .rows({6, 12, 15}, lower(0))
+    .twice({4, 7, 10, 13}, upper(0), lower(-100));
+
+// The index's middle joint: a light bend is doubled, a medium one eased, a deep one kept.
+constexpr Curve3 kIndexMiddle{-20, -50, scale(2.0), affine(0.3, -34.0), affine(1.0, 1.0)};
+
+// While the thumb base is nearly straight it follows the index's middle joint, doubled or eased;
+// bent deeper it is only offset.
+double thumb_base(double base, double index_middle) {
+    if (base > -10) return index_middle + index_middle;
+    if (base > -40) return 0.25 * index_middle - 17.5;
+    return 12.5 + base;
+}
+
+// The thumb rotation follows the thumb tip in four bands; the glove's own rotation reading is
+// not used.
+double thumb_rotation(double tip) {
+    if (tip > -2) return tip * 0.5;
+    if (tip > -12) return tip * 3 + 5;
+    if (tip > -15) return tip - 16;
+    return 0.2 * tip - 28;
+}
+
+}  // namespace
+
+quil::TargetArray quil::hands::OYMotion_ROH_A001(const InputAngles& in, const MemoryRef&) {
+    using Hand = Quil_linear::OYMotion_ROH_A001;
+    TargetArray out;
+    run_linear_stage(in, Clamp::min_max, {Hand::weight, Hand::w0}, kRows, out);
+
+    if (out[0] < -60) out[0] = -60;
+    out[1] = thumb_base(out[1], out[5]);
+    if (out[1] > 0) out[1] = 0;
+    if (out[1] < -60) out[1] = -60;
+    out[20] = thumb_rotation(out[2]);
+    if (out[2] < -70) out[2] = -70;
+
+    cap_spreads(out, SpreadCaps{25, 15, 35});
+    rotate_thumb_with_little_spread(out, 1.3);
+    reshape_little_spread(out[19], LittleSpreadGain{3, 14, 35});
+    close_spread(out[7], out[5], 0.15);
+    close_spread(out[15], out[13], 0.15);
+    close_spread(out[19], out[17], 0.25);
+    spread_middle_from_neighbours(out, 0.24, 0.32);
+
+    out[5] = kIndexMiddle(out[5]);
+    if (out[5] < -100) out[5] = -100;
+    // The proximal joints of the index and middle fingers reach only -80.
+    rescale_below(out[6], -40, 1.25, 10, -80);
+    rescale_below(out[10], -20, 1.2, 4, -80);
+    // The ring finger is pulled along by the middle finger's bend.
+    pull_along(out[13], out[9], -7, 0.2);
+    pull_along(out[14], out[10], -5, 0.2);
+    rescale_below(out[13], -60, 0.85, -9, -100);
+    rescale_below(out[14], -60, 0.85, -9, -80);
+    rescale_below(out[17], -40, 0.88, -4.8, -100);
+    rescale_below(out[18], -40, 0.88, -4.8, -80);
+    close_spread(out[19], out[18], 0.8, -5);
+    follow_distal(out, 0.8);
+
+    out[23] = -1.0;
+    flip_thumb_and_index(out);
     return out;
 }
 
