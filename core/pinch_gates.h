@@ -1,0 +1,27 @@
+// When a pinch assist may act. The thumb must be bent toward the fingers but not folded into the
+// palm, and the index finger must be bent into the band where its pad meets the thumb's, or be
+// reaching for it with the thumb bent far enough that the two together close the gap.
+#pragma once
+
+#include "core/pinch.h"
+#include "core/records.h"
+
+namespace quil {
+
+// Thumb ready to pinch: its first joint (out[1]) at or below [0], its tip (out[2]) at or above [1].
+inline bool thumb_active(const TargetArray& out, const ThresholdPair& thumb) {
+    return out[1] <= double(thumb.at_or_below) && out[2] >= double(thumb.at_or_above);
+}
+
+// Index knuckle (out[6]) inside the pinch band of the index pair.
+inline bool index_in_band(const TargetArray& out, const ThresholdPair& index) {
+    return index.within(out[6]);
+}
+
+// Index reaching for the thumb: thumb and index bends together at or below the sum of both pairs'
+// [0] edges, the index not past the band's lower edge.
+inline bool index_reaches(const TargetArray& out, const ThresholdPair& thumb, const ThresholdPair& index) {
+    return out[1] + out[6] <= sum_of_upper_edges(index, thumb) && out[6] >= double(index.at_or_above);
+}
+
+}  // namespace quil
