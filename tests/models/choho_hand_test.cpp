@@ -47,16 +47,6 @@ TEST(ChohoHand, HeldPinchesRunWithoutTheirTriggerUntilReleased) {
     }
 }
 
-TEST(ChohoHand, FirstIndexPinchReachesItsLimits) {
-    HandMemory memory;
-    const TargetArray out = hands::CHOHO_Hand(kIndexPinch, memory.ref());
-    EXPECT_SAME_DOUBLE(-50.0, out[6]);
-    EXPECT_SAME_DOUBLE(-64.0, out[2]);
-    // An untriggered sample leaves the latch alone.
-    hands::CHOHO_Hand(all(0.0), memory.ref());
-    EXPECT_TRUE(memory.fingerPinchDone[0]);
-}
-
 TEST(ChohoHand, EachPinchSetsItsThumbPose) {
     struct Case {
         const char* what;
