@@ -1,13 +1,203 @@
-// PLACEHOLDER: TalentRobot_Pro is not mapped yet; this file is replaced by the real mapping.
+// TalentRobot Pro: the common coefficient set with abductions narrowed by the bending fingers,
+// a thumb tip remapped onto the hand's own range, and four fixed pinch poses (thumb to index,
+// middle, ring or little) that take over while the thumb base is half bent. Nothing is kept
+// between samples.
+#include "core/common_coefficients.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
 
-double Quil_linear::TalentRobot_Pro::weight[228] = {};
-double Quil_linear::TalentRobot_Pro::w0[19] = {};
+double Quil_linear::TalentRobot_Pro::weight[228] = QUIL_COMMON_WEIGHT;
+double Quil_linear::TalentRobot_Pro::w0[19] = QUIL_COMMON_W0;
 
-quil::TargetArray quil::hands::TalentRobot_Pro(const InputAngles&, const MemoryRef&) {
-    TargetArray out{};
+namespace {
+
+using namespace quil;
+
+constexpr RowRules kRows = RowRules{}
+    .rows({0, 5, 8, 11, 14}, upper(0), lower(-90))
+    .rows({2}, lower(-60), upper(0))
+    .rows({16}, upper(0))
+    .rows({3}, lower(5), upper(35))
+    .rows({6, 12, 15}, lower(0))
+    .rows({17}, upper(0))
+    .twice({4, 7, 10, 13}, upper(0), lower(-100));
+
+// The hand's thumb and four fingers at a pinch: the thumb pose (out[0], out[1], out[2],
+// out[20], out[3]) and three slots of the pinching finger.
+struct PinchPose {
+    double roll, base, tip, spread, rotation;
+    int finger_slot;  // first of the finger's three slots
+    double finger[3];
+};
+
+void apply(TargetArray& out, const PinchPose& p) {
+    out[0] = p.roll;
+    out[1] = p.base;
+    out[2] = p.tip;
+    out[20] = p.spread;
+    out[3] = p.rotation;
+    for (int i = 0; i < 3; ++i) out[p.finger_slot + i] = p.finger[i];
+}
+
+constexpr PinchPose kIndexPinch{0, -26, 15, -45, -41, 4, {-77, -38, -61}};
+constexpr PinchPose kMiddlePinch{0, -53, 30, -44, -20, 8, {-38, -64, -74}};
+constexpr PinchPose kRingPinch{0, -53, 30, -45, 7, 12, {-18, -41, -79}};
+constexpr PinchPose kLittlePinch{0, -53, 30, -45, 22, 16, {-38, -35, -56}};
+
+// With the thumb base half bent, the finger that is bent (and the others straight) picks the
+// pinch pose. A fired index pose leaves the index at -61, which shuts out the others; a ring
+// pose leaves the ring at -79, which shuts out the little pose.
+void pinch_poses(TargetArray& out) {
+    if (!(out[1] <= -45 && out[1] >= -65)) return;
+    if (out[6] <= -40 && out[6] >= -65) apply(out, kIndexPinch);
+    if (out[6] > -40 && out[10] < -40 && out[18] > -40) {
+        apply(out, kMiddlePinch);
+    } else if (out[6] > -40 && out[10] > -40 && out[14] < -30 && out[18] > -40) {
+        apply(out, kRingPinch);
+    }
+    // The little finger is recognised by its middle joint.
+    if (out[6] > -40 && out[10] > -40 && out[14] > -30 && out[17] < -30) apply(out, kLittlePinch);
+}
+
+}  // namespace
+
+quil::TargetArray quil::hands::TalentRobot_Pro(const InputAngles& in, const MemoryRef&) {
+    using Hand = Quil_linear::TalentRobot_Pro;
+    TargetArray out;
+    const int k = run_linear_stage(in, Clamp::min_max, {Hand::weight, Hand::w0}, kRows, out);
+
+    // Abductions: capped, then narrowed as their fingers bend.
+    if (out[7] > 30) out[7] = 30;
+    if (out[15] > 20) out[15] = 20;
+    // The little finger's spread turns the thumb before the spread itself is limited.
+    if (out[19] > 5) {
+        out[3] = out[3] + (out[19] - 5.0) * 1.5;
+        if (out[3] > 35) out[3] = 35;
+    }
+    if (out[19] > 30) out[19] = 30;
+    if (out[19] < 7) {
+        out[19] = out[19] * 1.5;
+    } else {
+        out[19] = out[19] + 3.5;
+        if (out[19] > 30) out[19] = 30;
+    }
+    if (out[5] < 0) {
+        out[7] = out[7] + 0.15 * out[5];
+        if (out[7] < 0) out[7] = 0;
+    }
+    if (out[13] < 0) {
+        out[15] = out[15] + 0.15 * out[13];
+        if (out[15] < 0) out[15] = 0;
+    }
+    if (out[17] < 0) {
+        out[19] = out[19] + 0.25 * out[17];
+        if (out[19] < 0) out[19] = 0;
+    }
+    // The middle finger's abduction follows the index and ring abductions.
+    out[11] = 0.24 * out[7] - 0.32 * out[15];
+
+    // Thumb roll: shallow bends damped.
+    if (out[0] > -20) {
+        out[0] = out[0] * 0.5;
+    } else if (out[0] > -60) {
+        out[0] = 0.4 * out[0] - 5.0;
+    }
+    if (out[0] < -90) out[0] = -90;
+    // Thumb base: shallow bends amplified, the middle band compressed.
+    if (out[1] > -20) {
+        out[1] = out[1] * 1.2;
+    } else if (out[1] > -60) {
+        out[1] = 0.6 * out[1] - 20.0;
+    } else {
+        out[1] = out[1] + 4.0;
+    }
+    if (out[1] > 0) out[1] = 0;
+    if (out[1] < -90) out[1] = -90;
+    // Thumb tip: the glove's [-60, 0] lands on the hand's [-40, 50]. Both upper bands carry the
+    // same factor; the firmware keeps them apart.
+    if (out[2] > -20) {
+        out[2] = out[2] * 0.8;
+    } else if (out[2] > -50) {
+        out[2] = out[2] * 0.8;
+    }
+    out[2] = out[2] * 1.5 + 50.0;
+    if (out[2] < -75) out[2] = -75;
+    // The rotation follows the tip: strongly while the tip is open, gently as it bends.
+    if (out[2] > -10) {
+        out[3] = out[3] - (out[2] + 10.0) * 1.2;
+        if (out[3] > 30) out[3] = 30;
+    }
+    if (out[2] < -10) {
+        out[3] = out[3] + (out[2] + 10.0) * 0.35;
+        if (out[3] < 20) out[3] = 20;
+    }
+    // Thumb spread, the deepest band scaled less; a full spread holds back base and roll.
+    if (out[20] > -15) {
+        out[20] = out[20] * 0.6;
+    } else if (out[20] > -30) {
+        out[20] = out[20] * 0.6;
+    } else {
+        out[20] = out[20] * 0.7;
+    }
+    if (out[20] < -45) {
+        out[20] = -45;
+        if (out[1] < -44) out[1] = -44;
+        if (out[0] < -49) out[0] = -49;
+    }
+
+    // Finger gains: proximal joints slightly reduced, middle joints amplified while shallow.
+    out[6] = out[6] * 0.9;
+    if (out[6] < -100) out[6] = -100;
+    if (out[5] > -10) {
+        // small bends pass unchanged
+    } else if (out[5] > -60) {
+        out[5] = 0.5 * out[5] - 10.0;
+    } else {
+        out[5] = out[5] * 1.1;
+    }
+    if (out[5] < -100) out[5] = -100;
+    out[10] = out[10] * 0.9;
+    if (out[10] < -100) out[10] = -100;
+    if (out[9] > -15) {
+        out[9] = out[9] * 1.25;
+    } else if (out[9] > -70) {
+        out[9] = out[9] * 0.9;
+    }
+    if (out[9] < -100) out[9] = -100;
+    out[14] = out[14] * 0.9;
+    if (out[14] < -100) out[14] = -100;
+    if (out[13] > -15) {
+        out[13] = out[13] * 1.25;
+    } else if (out[13] > -70) {
+        out[13] = out[13] * 0.9;
+    }
+    if (out[13] < -100) out[13] = -100;
+    out[18] = out[18] * 0.95;
+    if (out[18] < -84) out[18] = -84;
+    if (out[18] < -5) {
+        out[19] = out[19] + 0.8 * (out[18] + 5.0);
+        if (out[19] < 0) out[19] = 0;
+    }
+
+    // Distal joints follow at 0.8, never past straight; a finger bent past -90 (the little
+    // finger past -80) is driven fully closed.
+    for (int m : {4, 8, 12, 16}) out[m] = out[m + 1] * 0.8;
+    for (int m : {4, 8, 12, 16})
+        if (out[m] > 0) out[m] = 0;
+    for (int s : {6, 10, 14})
+        if (out[s] < -90) {
+            out[s - 1] = -100;
+            out[s] = -100;
+        }
+    if (out[18] < -80) {
+        out[17] = -100;
+        out[18] = -100;
+    }
+
+    pinch_poses(out);
+    out[k] = -1.0;
+    flip_thumb_and_index(out);
     return out;
 }
 
