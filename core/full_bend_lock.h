@@ -10,11 +10,13 @@ namespace quil {
 constexpr double kFullyClosed = -100.0;
 
 // One finger: `judge` is the slot whose depth decides (strictly below `depth`), `partner` the
-// other flexion slot of the same finger. Both become -100.
-inline void lock_full_bend(TargetArray& out, int partner, int judge, double depth) {
+// other flexion slot of the same finger. Both go to `locked`: -100, or the end stop of a finger
+// whose linkage stops short of it.
+inline void lock_full_bend(TargetArray& out, int partner, int judge, double depth,
+                           double locked = kFullyClosed) {
     if (out[judge] < depth) {
-        out[partner] = kFullyClosed;
-        out[judge] = kFullyClosed;
+        out[partner] = locked;
+        out[judge] = locked;
     }
 }
 

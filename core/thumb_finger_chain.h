@@ -5,7 +5,7 @@
 #pragma once
 
 #include "core/curves.h"
-#include "core/finger_rules.h"
+#include "core/finger_coupling.h"
 #include "core/records.h"
 
 namespace quil {
@@ -89,7 +89,7 @@ inline void couple_fingers(TargetArray& out) {
     close_spread(out[19], out[17], 0.25);
     out[18] = out[18] * 0.95;
     if (out[18] < -84) out[18] = -84;
-    close_spread_past(out[19], out[18], -5, 0.8);
+    close_spread(out[19], out[18], 0.8, -5);
 }
 
 // A closing fist: with the middle finger deep, the ring and little knuckles are doubled and
@@ -111,18 +111,6 @@ inline void ease_thumb_swing(TargetArray& out, double index_gate, double step) {
         if (out[10] < -70) f = f - step;
         if (out[14] < -70) f = f - step;
         out[20] = out[20] * f;
-    }
-}
-
-enum class Finger { index = 0, middle = 1, ring = 2, little = 3 };
-
-// Full-bend lock: a finger whose knuckle (out[6], out[10], out[14], out[18]) is bent past `past`
-// has both its knuckle and its second slot (the slot before the knuckle) set to `locked`.
-inline void lock_full_bend(TargetArray& out, Finger finger, double past, double locked) {
-    const int knuckle = 6 + 4 * static_cast<int>(finger);
-    if (out[knuckle] < past) {
-        out[knuckle - 1] = locked;
-        out[knuckle] = locked;
     }
 }
 

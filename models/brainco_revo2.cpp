@@ -4,6 +4,7 @@
 //
 // The firmware tests the reading bounds itself, so a NaN reading is not caught: it saturates
 // every row sum to the integer floor and the rules then work on those values.
+#include "core/full_bend_lock.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
@@ -64,13 +65,13 @@ quil::TargetArray quil::hands::BrainCo_Revo2(const InputAngles& in, const Memory
     if (out[3] > 30) out[3] = 30;
     deepen_fist(out);
     // A middle finger bent past -74 goes to its closed position, -81.
-    lock_full_bend(out, Finger::middle, -74, -81);
+    lock_full_bend(out, 9, 10, -74, -81);
     ease_thumb_swing(out, double(index_active_threshold.at_or_above), 0.05);
     // The first copies keep the row value, only never extending past straight.
     for (int i : {4, 8, 12, 16})
         if (out[i] > 0) out[i] = 0;
     // A little finger bent past -80 closes fully.
-    lock_full_bend(out, Finger::little, -80, -100);
+    lock_full_bend(out, 17, 18, -80);
 
     // Pinch assist. The index pinch and the middle pinch may both act; the middle one comes
     // second, so its thumb targets win. The ring pinch acts only without the middle one.

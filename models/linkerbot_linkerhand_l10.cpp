@@ -6,7 +6,8 @@
 //
 // The firmware tests the reading bounds itself, so a NaN reading is not caught: it saturates
 // every row sum to the integer floor and the rules then work on those values.
-#include "core/finger_rules.h"
+#include "core/finger_coupling.h"
+#include "core/full_bend_lock.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
@@ -85,10 +86,10 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L10(const InputAngles& in, c
     }
     follow_distal(out, 0.8);
     // The middle finger locks earlier and shallower than the others.
-    lock_full_bend(out, Finger::index, -90, -100);
-    lock_full_bend(out, Finger::middle, -74, -81);
-    lock_full_bend(out, Finger::ring, -90, -100);
-    lock_full_bend(out, Finger::little, -80, -100);
+    lock_full_bend(out, 5, 6, -90);
+    lock_full_bend(out, 9, 10, -74, -81);
+    lock_full_bend(out, 13, 14, -90);
+    lock_full_bend(out, 17, 18, -80);
 
     // Pinch assist. The index pinch and one of the middle or ring pinches may act together, and
     // the little-finger pinch after them; the last to act sets the thumb targets.
