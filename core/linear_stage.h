@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <initializer_list>
+#include <utility>
 
 #include "core/records.h"
 
@@ -44,10 +46,13 @@ inline InputAngles clamp_inputs(const InputAngles& raw, Clamp kind) {
 
 // Truncation toward zero to a 32-bit integer. A NaN, infinite or out-of-range value gives
 // INT32_MIN, as the hardware's truncating conversion does; clamped finite readings never get
-// near the range, a NaN reading does.
+// near the range, a NaN reading does. Written without branches so the 19 rows quantise side by
+// side.
 inline double truncate_int32(double s) {
-    if (s > -2147483649.0 && s < 2147483648.0) return static_cast<double>(static_cast<std::int32_t>(s));
-    return -2147483648.0;
+    const bool in_range = s > -2147483649.0 && s < 2147483648.0;
+    const double t = in_range ? s : 0.0;
+    const double r = static_cast<double>(static_cast<std::int32_t>(t));
+    return in_range ? r : -2147483648.0;
 }
 
 // One hand's coefficient tables, read where the hand class keeps them.
@@ -56,33 +61,26 @@ struct Coefficients {
     const double* w0;      // 19 row offsets
 };
 
-// Rows first..first+N-1 of the pose, each summing its products in input order. The N
-// addition chains are independent, so the processor overlaps them; no row's own order changes.
-template <int N>
-inline void pose_rows(const Coefficients& k, const InputAngles& c, int first, PoseVector& p) {
-    double s[N];
-    for (int r = 0; r < N; ++r) s[r] = 0.0;
-    const double* w = k.weight + first * 12;
-    for (int i = 0; i < 12; ++i) {
-        const double ci = c.x[i];
-        for (int r = 0; r < N; ++r) s[r] = ci * w[r * 12 + i] + s[r];
-    }
-    for (int r = 0; r < N; ++r) {
-        double v = s[r] / 10.0;
-        v = truncate_int32(v);
-        v = v / 10.0;
-        p.p[first + r] = k.w0[first + r] + v;
-    }
-}
-
-// Row j of the pose: w0[j] + trunc(sum_i c_i * weight[j*12 + i] / 10) / 10.
+// Row j of the pose: w0[j] + trunc(sum_i c_i * weight[j*12 + i] / 10) / 10, each row summing
+// its products in input order. The quantisation runs over a padded 20th row so that it can be
+// done two rows at a time.
 inline PoseVector linear_pose(const Coefficients& k, const InputAngles& c) {
+    double s[20];
+    for (int j = 0; j < 19; ++j) {
+        const double* w = k.weight + j * 12;
+        double sum = 0.0;
+        for (int i = 0; i < 12; ++i) sum = c.x[i] * w[i] + sum;
+        s[j] = sum;
+    }
+    s[19] = 0.0;
+    double q[20];
+    for (int j = 0; j < 20; ++j) {
+        double v = s[j] / 10.0;
+        v = truncate_int32(v);
+        q[j] = v / 10.0;
+    }
     PoseVector p;
-    pose_rows<4>(k, c, 0, p);
-    pose_rows<4>(k, c, 4, p);
-    pose_rows<4>(k, c, 8, p);
-    pose_rows<4>(k, c, 12, p);
-    pose_rows<3>(k, c, 16, p);
+    for (int j = 0; j < 19; ++j) p.p[j] = k.w0[j] + q[j];
     return p;
 }
 
@@ -154,10 +152,30 @@ inline int emit_rows(const PoseVector& p, const RowRules& rules, TargetArray& ou
     return k;
 }
 
-// The whole stage: clamp, rows, limits, emission. Returns the number of values emitted.
-inline int run_linear_stage(const InputAngles& raw, Clamp clamp, const Coefficients& k,
-                            const RowRules& rules, TargetArray& out) {
-    return emit_rows(linear_pose(k, clamp_inputs(raw, clamp)), rules, out);
+namespace detail {
+template <const RowRules& R, int J>
+inline void emit_row(double v, TargetArray& out, int& k) {
+    constexpr RowRule rule = R.row[J];
+    if constexpr (rule.bounds[0].kind != Bound::none) v = apply_bound(v, rule.bounds[0]);
+    if constexpr (rule.bounds[1].kind != Bound::none) v = apply_bound(v, rule.bounds[1]);
+    if constexpr (rule.bounds[2].kind != Bound::none) v = apply_bound(v, rule.bounds[2]);
+    if constexpr (rule.bounds[3].kind != Bound::none) v = apply_bound(v, rule.bounds[3]);
+    for (int c = 0; c < rule.copies; ++c) out[k++] = v;
+}
+template <const RowRules& R, std::size_t... J>
+inline int emit_rows_fixed(const PoseVector& p, TargetArray& out, std::index_sequence<J...>) {
+    int k = 0;
+    (emit_row<R, static_cast<int>(J)>(p.p[J], out, k), ...);
+    return k;
+}
+}  // namespace detail
+
+// The whole stage for a hand whose row rules R are a compile-time table: clamp, rows, limits,
+// emission, with the limits resolved at compile time. Returns the number of values emitted.
+template <const RowRules& R>
+inline int run_linear_stage(const InputAngles& raw, Clamp clamp, const Coefficients& k, TargetArray& out) {
+    const PoseVector p = linear_pose(k, clamp_inputs(raw, clamp));
+    return detail::emit_rows_fixed<R>(p, out, std::make_index_sequence<19>{});
 }
 
 // The hand's controller expects some joints mirrored: flip the sign bit, so 0.0 becomes -0.0.

@@ -36,7 +36,7 @@ constexpr RowRules kRows = RowRules{}
 // Clamps the readings (the firmware's own two tests, so a NaN reaches every row), runs the
 // common coefficient set and emits the limited rows. Returns the number of values emitted.
 inline int run_rows(const InputAngles& in, const Coefficients& k, TargetArray& out) {
-    return run_linear_stage(in, Clamp::passes_nan, k, kRows, out);
+    return run_linear_stage<kRows>(in, Clamp::passes_nan, k, out);
 }
 
 // How a hand bands its thumb base (out[1]) before limiting it to [-90, 0].

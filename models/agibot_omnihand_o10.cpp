@@ -237,7 +237,7 @@ void pinch_assist(TargetArray& out, bool* pinch_done) {
 quil::TargetArray quil::hands::AgiBot_OmniHand_O10(const InputAngles& in, const MemoryRef& memory) {
     using Hand = Quil_linear::AgiBot_OmniHand_O10;
     TargetArray out{};
-    const int k = run_linear_stage(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, kRows, out);
+    const int k = run_linear_stage<kRows>(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, out);
     if (k <= 22) return TargetArray{};
     joint_chain(out);
     pinch_assist(out, memory.fingerPinchDone);

@@ -58,7 +58,7 @@ inline double at_least(double v, double floor) { return v < floor ? floor : v; }
 quil::TargetArray quil::hands::BrainCo_Revo1(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::BrainCo_Revo1;
     TargetArray out;
-    run_linear_stage(in, Clamp::min_max, {Hand::weight, Hand::w0}, kRows, out);
+    run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
     if (out[7] > 25) out[7] = 25;
     if (out[15] > 15) out[15] = 15;

@@ -56,7 +56,7 @@ quil::TargetArray quil::hands::BrainCo_Revo2(const InputAngles& in, const Memory
     constexpr ThresholdPair index_active_threshold{-40.0f, -70.0f};
 
     TargetArray out;
-    run_linear_stage(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, kRows, out);
+    run_linear_stage<kRows>(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, out);
 
     couple_thumb(out, ThumbSwingGains{double(0.3f), double(0.35f)});
     couple_fingers(out);

@@ -131,7 +131,7 @@ void apply_pinch_poses(TargetArray& out) {
 quil::TargetArray quil::hands::DexRobot_DexHand021_MP(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::DexRobot_DexHand021_MP;
     TargetArray out;
-    run_linear_stage(in, Clamp::min_max, {Hand::weight, Hand::w0}, kRows, out);
+    run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
     if (out[0] < -78) out[0] = -78;
     out[20] = kThumbSwing(out[20]);

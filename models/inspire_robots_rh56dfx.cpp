@@ -50,7 +50,7 @@ constexpr Curve3 kIndexMiddle{-20, -50, scale(2.0), affine(0.3, -34.0), affine(1
 quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56DFX(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::INSPIRE_ROBOTS_RH56DFX;
     TargetArray out;
-    run_linear_stage(in, Clamp::min_max, {Hand::weight, Hand::w0}, kRows, out);
+    run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
     if (out[1] < -60) out[1] = -60;
     // The thumb tip barely moves in its first 20 and is geared steeply past that.

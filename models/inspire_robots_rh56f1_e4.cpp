@@ -115,7 +115,7 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
 quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56F1_E4(const InputAngles& in, const MemoryRef& memory) {
     using Hand = Quil_linear::INSPIRE_ROBOTS_RH56F1_E4;
     TargetArray out{};
-    run_linear_stage(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, kRows, out);
+    run_linear_stage<kRows>(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, out);
 
     // The first thumb-rotation estimate from the thumb tip. The firmware still computes it,
     // though the rotation is recomputed from the thumb values further down.

@@ -64,7 +64,7 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L10(const InputAngles& in, c
     // The hand is driven from a working copy that becomes the whole result, or all zeros if
     // the rows did not fill the targets (the rules below address every slot up to 22).
     TargetArray out;
-    const int k = run_linear_stage(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, kRows, out);
+    const int k = run_linear_stage<kRows>(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, out);
     if (k < kFullEmission) {
         TargetArray zeros;
         zeros.fill(0.0);

@@ -126,7 +126,7 @@ void apply_pinch_poses(TargetArray& out) {
 quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L20(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::LINKERBOT_LinkerHand_L20;
     TargetArray out;
-    run_linear_stage(in, Clamp::min_max, {Hand::weight, Hand::w0}, kRows, out);
+    run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
     cap_spreads(out, SpreadCaps{30, 15, 30});
     reshape_little_spread(out[19], LittleSpreadGain{1.5, 3.5, 30});

@@ -68,7 +68,7 @@ void pinch_assist(TargetArray& out) {
 quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O6(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::LINKERBOT_LinkerHand_O6;
     TargetArray out;
-    run_linear_stage(in, Clamp::min_max, {Hand::weight, Hand::w0}, kRows, out);
+    run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
     kRotation.apply(out[3], out[2]);
     if (out[7] > 30) out[7] = 30;

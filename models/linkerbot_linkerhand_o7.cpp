@@ -96,7 +96,7 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O7(const InputAngles& in, co
     using Hand = Quil_linear::LINKERBOT_LinkerHand_O7;
     TargetArray out;
     out.fill(0.0);
-    run_linear_stage(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, kRows, out);
+    run_linear_stage<kRows>(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, out);
 
     kRotation.apply(out[3], out[2]);
     // The rotation also follows the thumb tip and first joint directly.

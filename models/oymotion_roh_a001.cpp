@@ -68,7 +68,7 @@ double thumb_rotation(double tip) {
 quil::TargetArray quil::hands::OYMotion_ROH_A001(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::OYMotion_ROH_A001;
     TargetArray out;
-    run_linear_stage(in, Clamp::min_max, {Hand::weight, Hand::w0}, kRows, out);
+    run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
     if (out[0] < -60) out[0] = -60;
     out[1] = thumb_base(out[1], out[5]);

@@ -97,7 +97,7 @@ void apply_contact_poses(TargetArray& out) {
 quil::TargetArray quil::hands::PaXini_DexH13_GEN2(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::PaXini_DexH13_GEN2;
     TargetArray out;
-    run_linear_stage(in, Clamp::min_max, {Hand::weight, Hand::w0}, kRows, out);
+    run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
     if (out[7] > 30) out[7] = 30;
     if (out[15] > 20) out[15] = 20;

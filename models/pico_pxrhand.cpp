@@ -66,7 +66,7 @@ constexpr double kFistGesture = 2.0;
 quil::TargetArray quil::hands::PICO_PXRHand(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::PICO_PXRHand;
     TargetArray out;
-    const int k = run_linear_stage(in, Clamp::min_max, {Hand::weight, Hand::w0}, kRows, out);
+    const int k = run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
     out[2] = kThumbTip(out[2]);
     if (out[2] < -110) out[2] = -110;

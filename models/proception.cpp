@@ -55,7 +55,7 @@ bool gate(double v, int side, double at) { return side == 0 || (side > 0 ? v > a
 quil::TargetArray quil::hands::Proception(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::Proception;
     TargetArray out;
-    run_linear_stage(in, Clamp::min_max, {Hand::weight, Hand::w0}, kRows, out);
+    run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
     if (out[7] > 30) out[7] = 30;
     if (out[15] > 20) out[15] = 20;

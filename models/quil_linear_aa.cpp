@@ -45,7 +45,7 @@ constexpr RowRules kRows = RowRules{}
 quil::TargetArray quil::hands::QUIL_linear_AA(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::QUIL_linear_AA;
     TargetArray out;
-    run_linear_stage(in, Clamp::min_max, {Hand::weight, Hand::w0}, kRows, out);
+    run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
     // Thumb rotation drags the thumb's first joint along.
     if (out[3] < 0) out[1] = out[1] + out[3] * 1.8;

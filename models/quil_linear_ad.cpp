@@ -47,7 +47,7 @@ constexpr RowRules kRows = RowRules{}
 quil::TargetArray quil::hands::QUIL_linear_AD(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::QUIL_linear_AD;
     TargetArray out;
-    run_linear_stage(in, Clamp::min_max, {Hand::weight, Hand::w0}, kRows, out);
+    run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
     if (out[7] > 25) out[7] = 25;
     if (out[15] > 15) out[15] = 15;

@@ -47,7 +47,7 @@ constexpr RowRules kRows = RowRules{}
 quil::TargetArray quil::hands::QUIL_linear_AE(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::QUIL_linear_AE;
     TargetArray out;
-    run_linear_stage(in, Clamp::min_max, {Hand::weight, Hand::w0}, kRows, out);
+    run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
     // Thumb rotation from the thumb tip, read before the tip's own clamp.
     if (out[2] > -10) out[3] = out[3] - (out[2] + 10.0);

@@ -28,7 +28,7 @@ constexpr RowRules kRows = RowRules{}
 quil::TargetArray quil::hands::QUIL_linear_AG(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::QUIL_linear_AG;
     TargetArray out;
-    run_linear_stage(in, Clamp::min_max, {Hand::weight, Hand::w0}, kRows, out);
+    run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
     // An open thumb tip rotates the thumb in and lowers its first joint; a bent one rotates it
     // out, but not below 20.

@@ -71,7 +71,7 @@ double curl_toward(double v, int limit, float gain) {
 quil::TargetArray quil::hands::ROBOTERA_XHAND1(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::ROBOTERA_XHAND1;
     TargetArray out;
-    const int k = run_linear_stage(in, Clamp::min_max, {Hand::weight, Hand::w0}, kRows, out);
+    const int k = run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
     out[2] = kThumbTip(out[2]);
     if (out[2] < -110) out[2] = -110;

@@ -120,7 +120,7 @@ void pinch_poses(TargetArray& out) {
 quil::TargetArray quil::hands::RUIYAN_RY_H2(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::RUIYAN_RY_H2;
     TargetArray out;
-    const int k = run_linear_stage(in, Clamp::min_max, {Hand::weight, Hand::w0}, kRows, out);
+    const int k = run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
     joint_chain(out);
     pinch_poses(out);
     out[k] = -1.0;

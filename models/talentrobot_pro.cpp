@@ -65,7 +65,7 @@ void pinch_poses(TargetArray& out) {
 quil::TargetArray quil::hands::TalentRobot_Pro(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::TalentRobot_Pro;
     TargetArray out;
-    const int k = run_linear_stage(in, Clamp::min_max, {Hand::weight, Hand::w0}, kRows, out);
+    const int k = run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
     // Abductions: capped, then narrowed as their fingers bend.
     if (out[7] > 30) out[7] = 30;
