@@ -177,7 +177,10 @@ std::string SessionPlot::svg(const Labels& labels) const {
         xhi = std::max({xhi, bucket_x(b, false), bucket_x(b, true)});
     }
     if (buckets_.empty()) xlo = 0, xhi = 1;
-    const Axis xa = nice_axis(xlo, xhi, 10, false);
+    Axis xa = nice_axis(xlo, xhi, 10, false);
+    // Let the time axis start and end on ticks (0 to 20 s rather than 0 to 19.99 s).
+    xa.lo = std::floor(xa.lo / xa.step + 1e-9) * xa.step;
+    xa.hi = std::ceil(xa.hi / xa.step - 1e-9) * xa.step;
     const std::string x_title = use_time ? labels.time_name : "sample";
 
     std::string s;
