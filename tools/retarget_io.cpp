@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <system_error>
@@ -36,7 +38,69 @@ bool parse_number(std::string_view text, double& value) {
     return true;
 }
 
+namespace {
+
+// Writes the significant digits `digits` (no leading or trailing zeros), worth
+// d1.d2d3... x 10^exp10, in fixed or scientific notation, whichever is shorter, fixed on a tie:
+// the layout std::to_chars gives the shortest form.
+char* lay_out(char* out, bool negative, const char* digits, int n, int exp10) {
+    if (negative) *out++ = '-';
+    const int exp_digits = std::abs(exp10) >= 100 ? 3 : 2;
+    const int sci_len = n + (n > 1 ? 1 : 0) + 2 + exp_digits;
+    const int fixed_len = exp10 >= 0 ? std::max(n, exp10 + 1) + (n > exp10 + 1 ? 1 : 0) : 1 - exp10 + n;
+    if (fixed_len <= sci_len) {
+        if (exp10 < 0) {
+            *out++ = '0';
+            *out++ = '.';
+            for (int i = -1; i > exp10; --i) *out++ = '0';
+            std::memcpy(out, digits, static_cast<std::size_t>(n));
+            return out + n;
+        }
+        for (int i = 0; i < std::max(n, exp10 + 1); ++i) {
+            if (i == exp10 + 1) *out++ = '.';
+            *out++ = i < n ? digits[i] : '0';
+        }
+        return out;
+    }
+    *out++ = digits[0];
+    if (n > 1) {
+        *out++ = '.';
+        std::memcpy(out, digits + 1, static_cast<std::size_t>(n - 1));
+        out += n - 1;
+    }
+    *out++ = 'e';
+    *out++ = exp10 < 0 ? '-' : '+';
+    const int e = std::abs(exp10);
+    if (e >= 100) *out++ = static_cast<char>('0' + e / 100);
+    *out++ = static_cast<char>('0' + e / 10 % 10);
+    *out++ = static_cast<char>('0' + e % 10);
+    return out;
+}
+
+}  // namespace
+
 char* format_number(char* out, double value) {
+    if (!std::isfinite(value) || value == 0.0) return std::to_chars(out, out + kMaxNumberText, value).ptr;
+    const bool negative = std::signbit(value);
+    const double magnitude = std::fabs(value);
+
+    // Most targets are short decimals (-44.22, 30), for which std::to_chars takes a slow path
+    // through printf. A value with at most six decimals is m / 10^6 for the nearest integer m to
+    // value * 10^6: both exact, the quotient is rounded once, as a reader rounds "m e-6". Below
+    // 2^50 the product is off by less than a quarter, so such an m is found whenever it exists,
+    // and it is the only one. Its trailing zeros give the fewest decimals: the shortest form.
+    const double m = std::nearbyint(magnitude * 1e6);
+    if (m < 1125899906842624.0 && m / 1e6 == magnitude) {  // 2^50
+        std::uint64_t k = static_cast<std::uint64_t>(m);
+        int decimals = 6;
+        while (decimals > 0 && k % 10 == 0) k /= 10, --decimals;
+        char digits[24];
+        const int n = static_cast<int>(std::to_chars(digits, digits + sizeof digits, k).ptr - digits);
+        int sig = n;
+        while (sig > 1 && digits[sig - 1] == '0') --sig;
+        return lay_out(out, negative, digits, sig, n - 1 - decimals);
+    }
+    // Longer ones: the library's own shortest form, which is quick for these.
     return std::to_chars(out, out + kMaxNumberText, value).ptr;
 }
 

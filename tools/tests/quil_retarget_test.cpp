@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -334,19 +335,29 @@ TEST(QuilRetarget, PlotIsABoundedSvgOfBothPanels) {
         EXPECT_NE(svg.find(expected), std::string::npos) << expected;
 }
 
+// The writer's quick path for short decimals must give exactly the library's shortest text,
+// and every text must read back to the same bits.
 TEST(NumberText, ShortestTextReadsBackToTheSameDouble) {
-    std::vector<double> values = {0.0, -0.0, kInf, -kInf, 0.1, -12.3, 1e300, 5e-324,
+    std::vector<double> values = {0.0, -0.0, kInf, -kInf, 0.1, -12.3, 1e300, 5e-324, 1e-4, 1e-7, 1e15, 1e16,
+                                  123456789.123456, 1125899906.842624, 1125899906.842623,
                                   std::numeric_limits<double>::max(), std::numeric_limits<double>::denorm_min()};
     std::mt19937_64 rng(7);
+    std::uniform_real_distribution<double> angle(-200.0, 200.0);
     for (int i = 0; i < 100000; ++i) {
         const std::uint64_t b = rng();
         double v;
         std::memcpy(&v, &b, sizeof v);
         if (!std::isnan(v)) values.push_back(v);
+        const double a = angle(rng);
+        for (double scale : {1.0, 10.0, 100.0, 1e3, 1e6, 1e7})
+            values.push_back(std::round(a * scale) / scale);
+        values.push_back(std::round(a * 10.0) / 10.0 * 1.2000000476837158);
+        values.push_back(std::round(a * 1e5) * 1e4);
     }
-    char buf[quil::retarget::kMaxNumberText];
+    char buf[quil::retarget::kMaxNumberText], ref[quil::retarget::kMaxNumberText];
     for (double v : values) {
         const std::string s(buf, quil::retarget::format_number(buf, v));
+        ASSERT_EQ(s, std::string(ref, std::to_chars(ref, ref + sizeof ref, v).ptr));
         double back = 1.0;
         ASSERT_TRUE(quil::retarget::parse_number(s, back)) << s;
         ASSERT_EQ(bits(back), bits(v)) << s;
