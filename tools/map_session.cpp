@@ -63,6 +63,7 @@ struct Run {
     std::FILE* err;
     InputFile in;
     OutputFile out;
+    OutputFile svg;  // opened before the run, written after it
     Mapper mapper;
     std::unique_ptr<SessionPlot> plot;
     Progress progress;
@@ -97,8 +98,7 @@ struct Run {
             status = kExitIo;
         }
         if (plot) {
-            OutputFile svg;
-            if (svg.open(options.plot)) svg.append(plot->svg(labels));
+            svg.append(plot->svg(labels));
             if (!svg.flush()) {
                 fail(svg.error());
                 status = kExitIo;
@@ -394,7 +394,17 @@ int run_map(const MapOptions& options, std::FILE* err) {
         run.fail(run.in.error());
         return kExitIo;
     }
+    for (const std::string* target : {&options.output, &options.plot}) {
+        if (run.in.is_same_file(*target)) {
+            run.fail("refusing to write '" + *target + "': it is the input");
+            return kExitUsage;
+        }
+    }
     // Opened only once the input is there, so a mistyped input leaves an old output alone.
+    if (run.plot && !run.svg.open(options.plot)) {
+        run.fail(run.svg.error());
+        return kExitIo;
+    }
     if (!run.out.open(options.output)) {
         run.fail(run.out.error());
         return kExitIo;

@@ -64,7 +64,7 @@ Exit status:
   1  bad data: a malformed number, an empty field, a wrong number of fields, a line too long
      or a truncated f64 record; the message names the file, line and column (or the byte
      offset), and every row before it has been written
-  2  bad command line or unknown hand
+  2  bad command line, unknown hand, or an output that would overwrite the input
   3  the input cannot be opened or read, or the output or the plot cannot be written
 
 Examples:

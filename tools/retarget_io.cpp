@@ -127,8 +127,18 @@ InputFile::InputFile(const std::string& path) {
             error_ = "cannot read '" + name_ + "': it is a directory";
             return;
         }
-        if (S_ISREG(st.st_mode)) size_ = static_cast<std::int64_t>(st.st_size);
+        if (S_ISREG(st.st_mode)) {
+            size_ = static_cast<std::int64_t>(st.st_size);
+            device_ = st.st_dev;
+            inode_ = st.st_ino;
+        }
     }
+}
+
+bool InputFile::is_same_file(const std::string& path) const {
+    struct stat st;
+    if (size_ < 0 || path.empty() || path == "-" || ::stat(path.c_str(), &st) != 0) return false;
+    return st.st_dev == device_ && st.st_ino == inode_;
 }
 
 InputFile::~InputFile() {

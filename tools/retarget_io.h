@@ -37,6 +37,8 @@ class InputFile {
     const std::string& name() const { return name_; }
     // Size in bytes when the input is a regular file, else -1.
     std::int64_t size() const { return size_; }
+    // True when `path` names this very file (so writing it would destroy the input).
+    bool is_same_file(const std::string& path) const;
 
     // Reads up to `n` bytes; 0 at the end of the input, -1 on a read error (see error()).
     std::ptrdiff_t read(char* into, std::size_t n);
@@ -47,6 +49,7 @@ class InputFile {
     std::string name_;
     std::string error_;
     std::int64_t size_ = -1;
+    std::uint64_t device_ = 0, inode_ = 0;
 };
 
 // Splits an input into lines without holding more than one block of it.

@@ -233,6 +233,7 @@ TEST(QuilRetarget, BadInputStopsWithPlaceAfterWritingTheRowsBefore) {
          "bad.csv: byte offset 192: truncated record: 40 of 96 bytes", 2},
         {"missing file", "", "no-such-file.csv", 3, "cannot open 'no-such-file.csv': No such file or directory", 0},
         {"unknown format", "", "--format f32 bad.csv", 2, "unknown format 'f32'", 0},
+        {"output over the input", good, "bad.csv -o bad.csv", 2, "refusing to write 'bad.csv': it is the input", 0},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -248,6 +249,7 @@ TEST(QuilRetarget, BadInputStopsWithPlaceAfterWritingTheRowsBefore) {
         } else if (c.status == 1) {
             EXPECT_EQ(split(out, '\n').size(), c.rows + 1) << out;  // heading + rows
         }
+        EXPECT_EQ(read_file(path("bad.csv")), c.input);  // the input is never touched
     }
 }
 
