@@ -1,0 +1,244 @@
+#include "retarget_io.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <system_error>
+
+namespace quil::retarget {
+
+bool parse_number(std::string_view text, double& value) {
+    const char* first = text.data();
+    const char* last = first + text.size();
+    // from_chars takes no leading '+', which spreadsheets do write.
+    if (first != last && *first == '+') {
+        ++first;
+        if (first == last || *first == '+' || *first == '-') return false;
+    }
+    if (first == last) return false;
+    const auto [ptr, ec] = std::from_chars(first, last, value);
+    if (ptr != last) return false;
+    if (ec == std::errc()) return true;
+    if (ec != std::errc::result_out_of_range) return false;
+    // Too large or too small for a double: from_chars leaves the value alone, strtod rounds it to
+    // infinity or toward zero as a recording tool that printed it would expect.
+    char copy[512];
+    const std::size_t n = static_cast<std::size_t>(last - first);
+    if (n >= sizeof copy) return false;
+    std::memcpy(copy, first, n);
+    copy[n] = '\0';
+    value = std::strtod(copy, nullptr);
+    return true;
+}
+
+namespace {
+
+// Writes the significant digits `digits` (no leading or trailing zeros), worth
+// d1.d2d3... x 10^exp10, in fixed or scientific notation, whichever is shorter, fixed on a tie:
+// the layout std::to_chars gives the shortest form.
+char* lay_out(char* out, bool negative, const char* digits, int n, int exp10) {
+    if (negative) *out++ = '-';
+    const int exp_digits = std::abs(exp10) >= 100 ? 3 : 2;
+    const int sci_len = n + (n > 1 ? 1 : 0) + 2 + exp_digits;
+    const int fixed_len = exp10 >= 0 ? std::max(n, exp10 + 1) + (n > exp10 + 1 ? 1 : 0) : 1 - exp10 + n;
+    if (fixed_len <= sci_len) {
+        if (exp10 < 0) {
+            *out++ = '0';
+            *out++ = '.';
+            for (int i = -1; i > exp10; --i) *out++ = '0';
+            std::memcpy(out, digits, static_cast<std::size_t>(n));
+            return out + n;
+        }
+        for (int i = 0; i < std::max(n, exp10 + 1); ++i) {
+            if (i == exp10 + 1) *out++ = '.';
+            *out++ = i < n ? digits[i] : '0';
+        }
+        return out;
+    }
+    *out++ = digits[0];
+    if (n > 1) {
+        *out++ = '.';
+        std::memcpy(out, digits + 1, static_cast<std::size_t>(n - 1));
+        out += n - 1;
+    }
+    *out++ = 'e';
+    *out++ = exp10 < 0 ? '-' : '+';
+    const int e = std::abs(exp10);
+    if (e >= 100) *out++ = static_cast<char>('0' + e / 100);
+    *out++ = static_cast<char>('0' + e / 10 % 10);
+    *out++ = static_cast<char>('0' + e % 10);
+    return out;
+}
+
+}  // namespace
+
+char* format_number(char* out, double value) {
+    if (!std::isfinite(value) || value == 0.0) return std::to_chars(out, out + kMaxNumberText, value).ptr;
+    const bool negative = std::signbit(value);
+    const double magnitude = std::fabs(value);
+
+    // Most targets are short decimals (-44.22, 30), for which std::to_chars takes a slow path
+    // through printf. A value with at most six decimals is m / 10^6 for the nearest integer m to
+    // value * 10^6: both exact, the quotient is rounded once, as a reader rounds "m e-6". Below
+    // 2^50 the product is off by less than a quarter, so such an m is found whenever it exists,
+    // and it is the only one. Its trailing zeros give the fewest decimals: the shortest form.
+    const double m = std::nearbyint(magnitude * 1e6);
+    if (m < 1125899906842624.0 && m / 1e6 == magnitude) {  // 2^50
+        std::uint64_t k = static_cast<std::uint64_t>(m);
+        int decimals = 6;
+        while (decimals > 0 && k % 10 == 0) k /= 10, --decimals;
+        char digits[24];
+        const int n = static_cast<int>(std::to_chars(digits, digits + sizeof digits, k).ptr - digits);
+        int sig = n;
+        while (sig > 1 && digits[sig - 1] == '0') --sig;
+        return lay_out(out, negative, digits, sig, n - 1 - decimals);
+    }
+    // Longer ones: the library's own shortest form, which is quick for these.
+    return std::to_chars(out, out + kMaxNumberText, value).ptr;
+}
+
+namespace {
+std::string describe_errno(int err) { return std::strerror(err); }
+}  // namespace
+
+InputFile::InputFile(const std::string& path) {
+    if (path.empty() || path == "-") {
+        fd_ = STDIN_FILENO;
+        name_ = "<stdin>";
+    } else {
+        name_ = path;
+        fd_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+        if (fd_ < 0) {
+            error_ = "cannot open '" + path + "': " + describe_errno(errno);
+            return;
+        }
+        owns_ = true;
+    }
+    struct stat st;
+    if (::fstat(fd_, &st) == 0) {
+        if (S_ISDIR(st.st_mode)) {
+            error_ = "cannot read '" + name_ + "': it is a directory";
+            return;
+        }
+        if (S_ISREG(st.st_mode)) {
+            size_ = static_cast<std::int64_t>(st.st_size);
+            device_ = st.st_dev;
+            inode_ = st.st_ino;
+        }
+    }
+}
+
+bool InputFile::is_same_file(const std::string& path) const {
+    struct stat st;
+    if (size_ < 0 || path.empty() || path == "-" || ::stat(path.c_str(), &st) != 0) return false;
+    return st.st_dev == device_ && st.st_ino == inode_;
+}
+
+InputFile::~InputFile() {
+    if (owns_) ::close(fd_);
+}
+
+std::ptrdiff_t InputFile::read(char* into, std::size_t n) {
+    for (;;) {
+        const ssize_t got = ::read(fd_, into, n);
+        if (got >= 0) return got;
+        if (errno == EINTR) continue;
+        error_ = "cannot read '" + name_ + "': " + describe_errno(errno);
+        return -1;
+    }
+}
+
+LineReader::LineReader(InputFile& in) : in_(in), buf_(kBlock) {}
+
+LineReader::Status LineReader::next(std::string_view& line) {
+    for (;;) {
+        if (skipping_) {
+            // Discard the rest of an over-long line up to its line end.
+            const void* nl = begin_ < end_ ? std::memchr(buf_.data() + begin_, '\n', end_ - begin_) : nullptr;
+            const std::size_t stop = nl ? static_cast<std::size_t>(static_cast<const char*>(nl) - buf_.data()) + 1 : end_;
+            consumed_ += stop - begin_;
+            begin_ = stop;
+            if (nl || eof_) skipping_ = false;
+        }
+        const char* start = buf_.data() + begin_;
+        const void* nl = begin_ < end_ ? std::memchr(start, '\n', end_ - begin_) : nullptr;
+        if (nl || (eof_ && begin_ < end_)) {
+            const char* stop = nl ? static_cast<const char*>(nl) : buf_.data() + end_;
+            std::size_t len = static_cast<std::size_t>(stop - start);
+            const std::size_t taken = len + (nl ? 1 : 0);
+            if (len > 0 && start[len - 1] == '\r') --len;
+            line = std::string_view(start, len);
+            begin_ += taken;
+            consumed_ += taken;
+            ++line_number_;
+            return Status::line;
+        }
+        if (eof_) return Status::end;
+        if (skipping_) begin_ = end_ = 0;
+        // Keep the partial line and fill the rest of the block behind it.
+        if (begin_ > 0) {
+            std::memmove(buf_.data(), buf_.data() + begin_, end_ - begin_);
+            end_ -= begin_;
+            begin_ = 0;
+        }
+        if (end_ == buf_.size()) {
+            consumed_ += end_;
+            begin_ = end_ = 0;
+            skipping_ = true;
+            ++line_number_;
+            return Status::too_long;
+        }
+        const std::ptrdiff_t got = in_.read(buf_.data() + end_, buf_.size() - end_);
+        if (got < 0) return Status::read_error;
+        if (got == 0) eof_ = true;
+        end_ += static_cast<std::size_t>(got);
+    }
+}
+
+OutputFile::OutputFile() : buf_(2 * kBlock + 65536) {}
+
+bool OutputFile::open(const std::string& path) {
+    if (path.empty() || path == "-") {
+        fd_ = STDOUT_FILENO;
+        name_ = "<stdout>";
+        return true;
+    }
+    name_ = path;
+    fd_ = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (fd_ < 0) {
+        error_ = "cannot write '" + path + "': " + describe_errno(errno);
+        return false;
+    }
+    owns_ = true;
+    return true;
+}
+
+OutputFile::~OutputFile() {
+    if (fd_ >= 0) flush();
+    if (owns_) ::close(fd_);
+}
+
+bool OutputFile::flush() {
+    if (fd_ < 0 && error_.empty()) error_ = "no output file open";
+    std::size_t done = 0;
+    while (done < used_ && error_.empty()) {
+        const ssize_t n = ::write(fd_, buf_.data() + done, used_ - done);
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            error_ = "cannot write '" + name_ + "': " + describe_errno(errno);
+        } else {
+            done += static_cast<std::size_t>(n);
+        }
+    }
+    used_ = 0;  // after an error the rest is dropped; the caller reports it
+    return error_.empty();
+}
+
+}  // namespace quil::retarget
