@@ -17,4 +17,10 @@ LD_LIBRARY_PATH=$libdir "$scratch/consumer/host_example" | grep -q 'QUIL_linear_
 export PKG_CONFIG_PATH=$libdir/pkgconfig
 cc "$source_dir/examples/host_example.c" $(pkg-config --cflags --libs quil_linear) -o "$scratch/pc_host"
 LD_LIBRARY_PATH=$libdir "$scratch/pc_host" | grep -q 'ROBOTERA_XHAND1'
-echo "find_package and pkg-config hosts built and ran against $scratch/prefix"
+
+# The installed command-line tool runs on its own (it links the library statically).
+tool="$scratch/prefix/bin/quil-retarget"
+"$tool" list | grep -q '^QUIL_linear_AA '
+"$tool" map --model QUIL_linear_AA "$source_dir/data/sample_session.csv" -o "$scratch/out.csv"
+[ "$(wc -l <"$scratch/out.csv")" -eq 2001 ]
+echo "find_package and pkg-config hosts and the installed quil-retarget ran against $scratch/prefix"
