@@ -16,15 +16,6 @@
 
 namespace quil::banded_finger_chain {
 
-constexpr RowRules kRows = RowRules{}
-    .rows({0, 5, 8, 11, 14}, upper(0), lower(-90))
-    .rows({2}, lower(-60), upper(0))
-    .rows({16}, upper(0))
-    .rows({3}, lower(5), upper(35))
-    .rows({6, 12, 15}, lower(0))
-    .rows({17}, upper(0))
-    .twice({4, 7, 10, 13}, upper(0), lower(-100));
-
 constexpr SpreadCoupling kSpread{30, 20, 30, 7, 1.5, 3.5, 0.15, 0.15, 0.25, 0.24, 0.32};
 
 // Band gains, named after the finger and the slot they shape. The thumb's joints are slots 0, 1

@@ -162,6 +162,18 @@ struct RowRules {
     }
 };
 
+// The row limits that most outside hands share: finger joints bent no further than -90 and
+// never past straight, the doubly driven joints within [-100, 0], the thumb tip within
+// [-60, 0], the thumb rotation within [5, 35], the spreads never negative, the second thumb
+// value and row 17 never positive.
+inline constexpr RowRules kStandardRows = RowRules{}
+    .rows({0, 5, 8, 11, 14}, upper(0), lower(-90))
+    .rows({2}, lower(-60), upper(0))
+    .rows({3}, lower(5), upper(35))
+    .rows({6, 12, 15}, lower(0))
+    .rows({16, 17}, upper(0))
+    .twice({4, 7, 10, 13}, upper(0), lower(-100));
+
 // Limits each row and writes it to out[k], k growing with each value written; returns k.
 inline int emit_rows(const PoseVector& p, const RowRules& rules, TargetArray& out) {
     int k = 0;

@@ -21,22 +21,10 @@
 
 namespace quil::ruiyan_chain {
 
-// Row limits of the chain. The thumb tip (row 2) never bends past -60, the thumb rotation
-// (row 3) stays within [5, 35], abductions (6, 12, 15) never go negative, and the doubled
-// finger rows are kept within [-100, 0].
-constexpr RowRules kRows = RowRules{}
-    .rows({0, 5, 8, 11, 14}, upper(0), lower(-90))
-    .rows({2}, lower(-60), upper(0))
-    .rows({16}, upper(0))
-    .rows({3}, lower(5), upper(35))
-    .rows({6, 12, 15}, lower(0))
-    .rows({17}, upper(0))
-    .twice({4, 7, 10, 13}, upper(0), lower(-100));
-
 // Clamps the readings (the firmware's own two tests, so a NaN reaches every row), runs the
 // common coefficient set and emits the limited rows. Returns the number of values emitted.
 inline int run_rows(const InputAngles& in, const Coefficients& k, TargetArray& out) {
-    return run_linear_stage<kRows>(in, Clamp::passes_nan, k, out);
+    return run_linear_stage<kStandardRows>(in, Clamp::passes_nan, k, out);
 }
 
 // How a hand bands its thumb base (out[1]) before limiting it to [-90, 0].

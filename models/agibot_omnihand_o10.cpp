@@ -38,15 +38,6 @@ namespace {
 
 using namespace quil;
 
-constexpr RowRules kRows = RowRules{}
-    .rows({0, 5, 8, 11, 14}, upper(0), lower(-90))
-    .rows({2}, lower(-60), upper(0))
-    .rows({16}, upper(0))
-    .rows({3}, lower(5), upper(35))
-    .rows({6, 12, 15}, lower(0))
-    .rows({17}, upper(0))
-    .twice({4, 7, 10, 13}, upper(0), lower(-100));
-
 constexpr ThresholdPair kIndexActive{-40.0f, -75.0f};
 constexpr ThresholdPair kThumbActive{-40.0f, -70.0f};
 
@@ -237,7 +228,7 @@ void pinch_assist(TargetArray& out, bool* pinch_done) {
 quil::TargetArray quil::hands::AgiBot_OmniHand_O10(const InputAngles& in, const MemoryRef& memory) {
     using Hand = Quil_linear::AgiBot_OmniHand_O10;
     TargetArray out{};
-    const int k = run_linear_stage<kRows>(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, out);
+    const int k = run_linear_stage<kStandardRows>(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, out);
     if (k <= 22) return TargetArray{};
     joint_chain(out);
     pinch_assist(out, memory.fingerPinchDone);

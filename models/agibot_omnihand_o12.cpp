@@ -49,7 +49,7 @@ void pinch_poses(TargetArray& out) {
 quil::TargetArray quil::hands::AgiBot_OmniHand_O12(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::AgiBot_OmniHand_O12;
     TargetArray out;
-    const int k = run_linear_stage<banded_finger_chain::kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
+    const int k = run_linear_stage<kStandardRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
     // A bent thumb lets its rotation go by 0.35 of the bend.
     banded_finger_chain::run(out, 0.35);
     pinch_poses(out);

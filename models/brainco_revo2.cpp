@@ -40,14 +40,6 @@ namespace {
 
 using namespace quil;
 
-constexpr RowRules kRows = RowRules{}
-    .rows({0, 5, 8, 11, 14}, upper(0), lower(-90))
-    .rows({2}, lower(-60), upper(0))
-    .rows({3}, lower(5), upper(35))
-    .twice({4, 7, 10, 13}, upper(0), lower(-100))
-    .rows({6, 12, 15}, lower(0))
-    .rows({16, 17}, upper(0));
-
 }  // namespace
 
 quil::TargetArray quil::hands::BrainCo_Revo2(const InputAngles& in, const MemoryRef&) {
@@ -56,7 +48,7 @@ quil::TargetArray quil::hands::BrainCo_Revo2(const InputAngles& in, const Memory
     constexpr ThresholdPair index_active_threshold{-40.0f, -70.0f};
 
     TargetArray out;
-    run_linear_stage<kRows>(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, out);
+    run_linear_stage<kStandardRows>(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, out);
 
     couple_thumb(out, ThumbSwingGains{double(0.3f), double(0.35f)});
     couple_fingers(out);

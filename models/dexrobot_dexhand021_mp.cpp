@@ -38,15 +38,6 @@ namespace {
 
 using namespace quil;
 
-// Rows 0 and 1 are the same sum on purpose: the thumb base gets the limits, its twin does not.
-constexpr RowRules kRows = RowRules{}
-    .rows({0, 5, 8, 11, 14}, upper(0), lower(-90))
-    .rows({2}, lower(-60), upper(0))
-    .rows({3}, lower(5), upper(35))
-    .rows({6, 12, 15}, lower(0))
-    .rows({16, 17}, upper(0))
-    .twice({4, 7, 10, 13}, upper(0), lower(-100));
-
 // Proximal joints (out[5], out[9], out[13], out[17]): doubled at first, flat through mid-bend,
 // steep again towards the fist.
 constexpr Curve3 kProximal{-15.0, -60.0, scale(2.0), affine(0.3, -25.5), affine(1.5, 46.5)};
@@ -131,7 +122,7 @@ void apply_pinch_poses(TargetArray& out) {
 quil::TargetArray quil::hands::DexRobot_DexHand021_MP(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::DexRobot_DexHand021_MP;
     TargetArray out;
-    run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
+    run_linear_stage<kStandardRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
     if (out[0] < -78) out[0] = -78;
     out[20] = kThumbSwing(out[20]);

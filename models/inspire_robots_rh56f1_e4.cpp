@@ -17,14 +17,6 @@ namespace {
 
 using namespace quil;
 
-constexpr RowRules kRows = RowRules{}
-    .rows({0, 5, 8, 11, 14}, upper(0), lower(-90))
-    .rows({2}, lower(-60), upper(0))
-    .rows({16, 17}, upper(0))
-    .rows({3}, lower(5), upper(35))
-    .rows({6, 12, 15}, lower(0))
-    .twice({4, 7, 10, 13}, upper(0), lower(-100));
-
 constexpr ThresholdPair kIndexActive{-20.0f, -75.0f};
 constexpr ThresholdPair kThumbActive{-28.0f, -70.0f};
 
@@ -115,7 +107,7 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
 quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56F1_E4(const InputAngles& in, const MemoryRef& memory) {
     using Hand = Quil_linear::INSPIRE_ROBOTS_RH56F1_E4;
     TargetArray out{};
-    run_linear_stage<kRows>(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, out);
+    run_linear_stage<kStandardRows>(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, out);
 
     // The first thumb-rotation estimate from the thumb tip. The firmware still computes it,
     // though the rotation is recomputed from the thumb values further down.

@@ -31,7 +31,7 @@ void pinch_poses(TargetArray& out) {
 quil::TargetArray quil::hands::LeadShine_DH116(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::LeadShine_DH116;
     TargetArray out;
-    const int k = run_linear_stage<banded_finger_chain::kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
+    const int k = run_linear_stage<kStandardRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
     // A bent thumb lets its rotation go by only 0.15 of the bend.
     banded_finger_chain::run(out, 0.15);
     pinch_poses(out);

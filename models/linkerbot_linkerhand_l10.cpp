@@ -43,14 +43,6 @@ namespace {
 
 using namespace quil;
 
-constexpr RowRules kRows = RowRules{}
-    .rows({0, 5, 8, 11, 14}, upper(0), lower(-90))
-    .rows({2}, lower(-60), upper(0))
-    .rows({3}, lower(5), upper(35))
-    .twice({4, 7, 10, 13}, upper(0), lower(-100))
-    .rows({6, 12, 15}, lower(0))
-    .rows({16, 17}, upper(0));
-
 // Every row written, the four doubly driven ones twice: out[0..22].
 constexpr int kFullEmission = 23;
 
@@ -64,7 +56,7 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L10(const InputAngles& in, c
     // The hand is driven from a working copy that becomes the whole result, or all zeros if
     // the rows did not fill the targets (the rules below address every slot up to 22).
     TargetArray out;
-    const int k = run_linear_stage<kRows>(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, out);
+    const int k = run_linear_stage<kStandardRows>(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, out);
     if (k < kFullEmission) {
         TargetArray zeros;
         zeros.fill(0.0);

@@ -37,14 +37,6 @@ namespace {
 
 using namespace quil;
 
-constexpr RowRules kRows = RowRules{}
-    .rows({0, 5, 8, 11, 14}, upper(0), lower(-90))
-    .rows({2}, lower(-60), upper(0))
-    .rows({3}, lower(5), upper(35))
-    .twice({4, 7, 10, 13}, upper(0), lower(-100))
-    .rows({6, 12, 15}, lower(0))
-    .rows({16, 17}, upper(0));
-
 // Finger joints: proximal (6, 10, 14, 18), middle (9, 13, 17) and the index's middle (5).
 constexpr Curve3 kProximal{-30, -50, scale(2.0), affine(0.6, -42.0), affine(1.5, 3.0)};
 constexpr Curve3 kMiddle{-15, -70, scale(2.0), affine(0.5, -22.5), affine(1.5, 47.5)};
@@ -126,7 +118,7 @@ void apply_pinch_poses(TargetArray& out) {
 quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L20(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::LINKERBOT_LinkerHand_L20;
     TargetArray out;
-    run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
+    run_linear_stage<kStandardRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
     cap_spreads(out, SpreadCaps{30, 15, 30});
     reshape_little_spread(out[19], LittleSpreadGain{1.5, 3.5, 30});

@@ -18,14 +18,6 @@ namespace {
 
 using namespace quil;
 
-constexpr RowRules kRows = RowRules{}
-    .rows({0, 5, 8, 11, 14}, upper(0), lower(-90))
-    .rows({2}, lower(-60), upper(0))
-    .rows({3}, lower(5), upper(35))
-    .rows({6, 12, 15}, lower(0))
-    .rows({16, 17}, upper(0))
-    .twice({4, 7, 10, 13}, upper(0), lower(-100));
-
 constexpr RotationFromTip kRotation{-10.0, 2.5, 30.0, 0.15, 20.0};
 constexpr ThumbSwingStop kSwingStop{-45.0, -44.0, -49.0};
 
@@ -68,7 +60,7 @@ void pinch_assist(TargetArray& out) {
 quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O6(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::LINKERBOT_LinkerHand_O6;
     TargetArray out;
-    run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
+    run_linear_stage<kStandardRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
     kRotation.apply(out[3], out[2]);
     if (out[7] > 30) out[7] = 30;

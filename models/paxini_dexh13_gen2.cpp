@@ -18,15 +18,6 @@ namespace {
 
 using namespace quil;
 
-constexpr RowRules kRows = RowRules{}
-    .rows({0, 5, 8, 11, 14}, upper(0), lower(-90))
-    .rows({2}, lower(-60), upper(0))
-    .rows({16}, upper(0))
-    .rows({3}, lower(5), upper(35))
-    .rows({6, 12, 15}, lower(0))
-    .rows({17}, upper(0))
-    .twice({4, 7, 10, 13}, upper(0), lower(-100));
-
 // Thumb base joints (0, 1). The jump at -20 (about -30 just above, -32 at it) is how the hand
 // has always been tuned.
 constexpr Curve3 kThumbBase{-20, -60, scale(1.5), affine(0.6, -20.0), affine(1.0, 4.0)};
@@ -97,7 +88,7 @@ void apply_contact_poses(TargetArray& out) {
 quil::TargetArray quil::hands::PaXini_DexH13_GEN2(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::PaXini_DexH13_GEN2;
     TargetArray out;
-    run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
+    run_linear_stage<kStandardRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
     if (out[7] > 30) out[7] = 30;
     if (out[15] > 20) out[15] = 20;

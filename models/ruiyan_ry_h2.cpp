@@ -18,15 +18,6 @@ namespace {
 
 using namespace quil;
 
-constexpr RowRules kRows = RowRules{}
-    .rows({0, 5, 8, 11, 14}, upper(0), lower(-90))
-    .rows({2}, lower(-60), upper(0))
-    .rows({16}, upper(0))
-    .rows({3}, lower(5), upper(35))
-    .rows({6, 12, 15}, lower(0))
-    .rows({17}, upper(0))
-    .twice({4, 7, 10, 13}, upper(0), lower(-100));
-
 constexpr SpreadCoupling kSpread{30, 20, 30, 7, 1.5, 3.5, 0.15, 0.15, 0.25, 0.24, 0.32};
 
 // Band gains by finger and slot. Thumb slot 1 is lifted by 4 rather than scaled when deep.
@@ -120,7 +111,7 @@ void pinch_poses(TargetArray& out) {
 quil::TargetArray quil::hands::RUIYAN_RY_H2(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::RUIYAN_RY_H2;
     TargetArray out;
-    const int k = run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
+    const int k = run_linear_stage<kStandardRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
     joint_chain(out);
     pinch_poses(out);
     out[k] = -1.0;

@@ -14,15 +14,6 @@ namespace {
 
 using namespace quil;
 
-constexpr RowRules kRows = RowRules{}
-    .rows({0, 5, 8, 11, 14}, upper(0), lower(-90))
-    .rows({2}, lower(-60), upper(0))
-    .rows({16}, upper(0))
-    .rows({3}, lower(5), upper(35))
-    .rows({6, 12, 15}, lower(0))
-    .rows({17}, upper(0))
-    .twice({4, 7, 10, 13}, upper(0), lower(-100));
-
 // The hand's thumb and four fingers at a pinch: the thumb pose (out[0], out[1], out[2],
 // out[20], out[3]) and three slots of the pinching finger.
 struct PinchPose {
@@ -65,7 +56,7 @@ void pinch_poses(TargetArray& out) {
 quil::TargetArray quil::hands::TalentRobot_Pro(const InputAngles& in, const MemoryRef&) {
     using Hand = Quil_linear::TalentRobot_Pro;
     TargetArray out;
-    const int k = run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
+    const int k = run_linear_stage<kStandardRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
     // Abductions: capped, then narrowed as their fingers bend.
     if (out[7] > 30) out[7] = 30;
