@@ -1,10 +1,12 @@
 // PICO PXRHand: a linear pose with wide-range finger linkages and a fixed thumb rotation. Two
 // pinch poses and a fist snap replace the linear result when the thumb is flexed, and the last
 // slot reports which of them was recognised (a gesture code) to the host.
-#include "core/curves.h"
-#include "core/finger_remap.h"
+#include "core/finger_coupling.h"
+#include "core/full_bend_lock.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
+#include "core/spread_coupling.h"
+#include "core/wide_linkage.h"
 #include "models/hands.h"
 
 double Quil_linear::PICO_PXRHand::weight[228] = {
@@ -43,17 +45,23 @@ constexpr RowRules kRows = RowRules{}
     .rows({6, 12, 15}, lower(0))
     .twice({4, 7, 10, 13}, upper(0), lower(-100));
 
-// The thumb tip's linkage: small bends are amplified, deep bends shifted a little further.
-constexpr Curve3 kThumbTip{-30.0, -50.0, scale(1.5), affine(0.9, -18.0), affine(1.2, -4.0)};
-// The thumb's first joint; a deep bend gives back a little.
-constexpr Curve3 kThumbBase{-20.0, -60.0, scale(1.5), affine(0.6, -20.0), affine(1.0, 4.0)};
-// The index abduction motor shares its travel with the index knuckle.
-constexpr Curve3 kIndexKnuckle{-10.0, -60.0, scale(1.5), affine(0.5, -10.0), affine(2.0, 80.0)};
+// The thumb tip's linkage: small bends are amplified, deep bends shifted a little further; bent
+// past -90 it straightens the two thumb base joints a little.
+constexpr ThumbTipLinkage kThumbTip{
+    Curve3{-30.0, -50.0, scale(1.5), affine(0.9, -18.0), affine(1.2, -4.0)}, -110.0, -90.0, 0.2, 18.0};
 
-constexpr FingerRemap kFingers{
-    Curve3{-30.0, -50.0, scale(2.0), affine(0.6, -42.0), affine(1.5, 3.0)},
-    Curve3{-15.0, -70.0, scale(2.0), affine(0.5, -22.5), affine(1.5, 47.5)},
+constexpr JointLinkages kLinkages{
+    // The thumb's first joint; a deep bend gives back a little.
+    Curve3{-20.0, -60.0, scale(1.5), affine(0.6, -20.0), affine(1.0, 4.0)},
+    -90.0,
+    // The index abduction motor shares its travel with the index knuckle.
+    Curve3{-10.0, -60.0, scale(1.5), affine(0.5, -10.0), affine(2.0, 80.0)},
     -100.0,
+    FingerRemap{
+        Curve3{-30.0, -50.0, scale(2.0), affine(0.6, -42.0), affine(1.5, 3.0)},
+        Curve3{-15.0, -70.0, scale(2.0), affine(0.5, -22.5), affine(1.5, 47.5)},
+        -100.0,
+    },
 };
 
 // What the last slot tells the host about the pose.
@@ -68,54 +76,22 @@ quil::TargetArray quil::hands::PICO_PXRHand(const InputAngles& in, const MemoryR
     TargetArray out;
     const int k = run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
-    out[2] = kThumbTip(out[2]);
-    if (out[2] < -110) out[2] = -110;
-    // A deeply bent thumb tip straightens the two thumb base joints a little.
-    if (out[2] < -90) {
-        out[1] = out[1] - out[2] * 0.2 - 18.0;
-        out[0] = out[0] - out[2] * 0.2 - 18.0;
-    }
-    if (out[7] > 25) out[7] = 25;
-    if (out[15] > 15) out[15] = 15;
-    if (out[19] > 35) out[19] = 35;
-    // The ring abduction never spreads further than the little finger's.
-    if (out[15] > out[19]) out[15] = out[19];
-    if (out[19] < 7) {
-        out[19] = out[19] * 3.0;
-    } else {
-        out[19] = out[19] + 14.0;
-        if (out[19] > 35) out[19] = 35;
-    }
-    out[1] = kThumbBase(out[1]);
-    if (out[1] < -90) out[1] = -90;
-    out[5] = kIndexKnuckle(out[5]);
-    if (out[5] < -100) out[5] = -100;
-    kFingers.apply(out, {6, 10, 14, 18}, {9, 13, 17});
+    bend_thumb_tip(out, kThumbTip);
+    cap_spreads(out, SpreadCaps{25, 15, 35});
+    reshape_little_spread(out[19], LittleSpreadGain{3, 14, 35});
+    remap_joint_linkages(out, kLinkages);
     // Bending a finger closes its spread.
-    if (out[5] < 0) {
-        out[7] = 0.3 * out[5] + out[7];
-        if (out[7] < 0) out[7] = 0;
-    }
-    if (out[13] < 0) {
-        out[15] = 0.15 * out[13] + out[15];
-        if (out[15] < 0) out[15] = 0;
-    }
-    if (out[17] < 0) {
-        out[19] = 0.3 * out[17] + out[19];
-        if (out[19] < 0) out[19] = 0;
-    }
-    // The middle finger's abduction follows the index and ring abductions.
-    out[11] = out[7] * 0.24 - 0.32 * out[15];
-    if (out[18] < -5) {
-        out[19] = 0.8 * (out[18] + 5.0) + out[19];
-        if (out[19] < 0) out[19] = 0;
-    }
+    close_spread(out[7], out[5], 0.3);
+    close_spread(out[15], out[13], 0.15);
+    close_spread(out[19], out[17], 0.3);
+    spread_middle_from_neighbours(out, 0.24, 0.32);
+    close_spread(out[19], out[18], 0.8, -5);
     double gesture = kNoGesture;
     // A finger bent nearly to its end stop goes all the way, both joints.
-    if (out[6] < -82) out[5] = out[6] = -90;
-    if (out[10] < -82) out[9] = out[10] = -90;
-    if (out[14] < -82) out[13] = out[14] = -90;
-    if (out[18] < -82) out[17] = out[18] = -90;
+    lock_full_bend(out, 5, 6, -82, -90);
+    lock_full_bend(out, 9, 10, -82, -90);
+    lock_full_bend(out, 13, 14, -82, -90);
+    lock_full_bend(out, 17, 18, -82, -90);
 
     if (out[2] < -15) {
         // Index pinch. With the middle and ring fingers curled out of the way the index may
@@ -150,12 +126,7 @@ quil::TargetArray quil::hands::PICO_PXRHand(const InputAngles& in, const MemoryR
     // The thumb rotation is fixed on this hand.
     out[3] = 40;
     // Distal joints follow the proximal ones at 0.8, never extending past straight.
-    out[4] = out[5] * 0.8;
-    out[8] = out[9] * 0.8;
-    out[12] = out[13] * 0.8;
-    out[16] = out[17] * 0.8;
-    for (int i : {4, 8, 12, 16})
-        if (out[i] > 0) out[i] = 0;
+    follow_distal(out, 0.8);
 
     out[k] = gesture;
     flip_thumb_and_index(out);

@@ -4,10 +4,12 @@
 // fingers are bent, because its thumb cannot find the finger pads on its own.
 #include <cmath>
 
-#include "core/curves.h"
-#include "core/finger_remap.h"
+#include "core/finger_coupling.h"
+#include "core/full_bend_lock.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
+#include "core/spread_coupling.h"
+#include "core/wide_linkage.h"
 #include "models/hands.h"
 
 double Quil_linear::ROBOTERA_XHAND1::weight[228] = {
@@ -44,17 +46,23 @@ constexpr RowRules kRows = RowRules{}
     .rows({6, 12, 15}, lower(0))
     .twice({4, 7, 10, 13}, upper(0), lower(-100));
 
-// The thumb tip's linkage: small bends are amplified, the middle of the range is shifted deep.
-constexpr Curve3 kThumbTip{-30.0, -50.0, scale(2.2), affine(0.9, -39.0), affine(1.5, -9.0)};
-// The thumb's first joint; a deep bend gives back a little.
-constexpr Curve3 kThumbBase{-20.0, -60.0, scale(1.5), affine(0.6, -20.0), affine(1.0, 4.0)};
-// The index abduction motor shares its travel with the index knuckle.
-constexpr Curve3 kIndexKnuckle{-10.0, -60.0, scale(1.5), affine(0.5, -10.0), affine(2.0, 80.0)};
+// The thumb tip's linkage: small bends are amplified, the middle of the range is shifted deep;
+// bent past -90 it straightens the two thumb base joints a little.
+constexpr ThumbTipLinkage kThumbTip{
+    Curve3{-30.0, -50.0, scale(2.2), affine(0.9, -39.0), affine(1.5, -9.0)}, -110.0, -90.0, 0.2, 18.0};
 
-constexpr FingerRemap kFingers{
-    Curve3{-30.0, -50.0, scale(2.0), affine(0.6, -42.0), affine(1.5, 3.0)},
-    Curve3{-15.0, -70.0, scale(2.0), affine(0.5, -22.5), affine(1.5, 47.5)},
+constexpr JointLinkages kLinkages{
+    // The thumb's first joint; a deep bend gives back a little.
+    Curve3{-20.0, -60.0, scale(1.5), affine(0.6, -20.0), affine(1.0, 4.0)},
+    -90.0,
+    // The index abduction motor shares its travel with the index knuckle.
+    Curve3{-10.0, -60.0, scale(1.5), affine(0.5, -10.0), affine(2.0, 80.0)},
     -100.0,
+    FingerRemap{
+        Curve3{-30.0, -50.0, scale(2.0), affine(0.6, -42.0), affine(1.5, 3.0)},
+        Curve3{-15.0, -70.0, scale(2.0), affine(0.5, -22.5), affine(1.5, 47.5)},
+        -100.0,
+    },
 };
 
 // Curls a joint toward a (negative) grasp limit: the joint is scaled by the gain and by how far
@@ -73,65 +81,22 @@ quil::TargetArray quil::hands::ROBOTERA_XHAND1(const InputAngles& in, const Memo
     TargetArray out;
     const int k = run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
-    out[2] = kThumbTip(out[2]);
-    if (out[2] < -110) out[2] = -110;
-    // A deeply bent thumb tip straightens the two thumb base joints a little.
-    if (out[2] < -90) {
-        out[1] = out[1] - out[2] * 0.2 - 18.0;
-        out[0] = out[0] - out[2] * 0.2 - 18.0;
-    }
-    if (out[7] > 25) out[7] = 25;
-    if (out[15] > 15) out[15] = 15;
-    if (out[19] > 35) out[19] = 35;
-    // The ring abduction never spreads further than the little finger's.
-    if (out[15] > out[19]) out[15] = out[19];
+    bend_thumb_tip(out, kThumbTip);
+    cap_spreads(out, SpreadCaps{25, 15, 35});
     // Spreading the little finger rotates the thumb out of its way.
-    if (out[19] > 5) {
-        out[3] = 1.3 * (out[19] - 5.0) + out[3];
-        if (out[3] > 35) out[3] = 35;
-    }
-    if (out[19] < 7) {
-        out[19] = out[19] * 3.0;
-    } else {
-        out[19] = out[19] + 14.0;
-        if (out[19] > 35) out[19] = 35;
-    }
+    rotate_thumb_with_little_spread(out, 1.3);
+    reshape_little_spread(out[19], LittleSpreadGain{3, 14, 35});
     // Bending a finger closes its spread.
-    if (out[5] < 0) {
-        out[7] = 0.15 * out[5] + out[7];
-        if (out[7] < 0) out[7] = 0;
-    }
-    if (out[13] < 0) {
-        out[15] = 0.15 * out[13] + out[15];
-        if (out[15] < 0) out[15] = 0;
-    }
-    if (out[17] < 0) {
-        out[19] = 0.25 * out[17] + out[19];
-        if (out[19] < 0) out[19] = 0;
-    }
-    // The middle finger's abduction follows the index and ring abductions.
-    out[11] = out[7] * 0.24 - 0.32 * out[15];
-    out[1] = kThumbBase(out[1]);
-    if (out[1] < -90) out[1] = -90;
-    out[5] = kIndexKnuckle(out[5]);
-    if (out[5] < -100) out[5] = -100;
-    kFingers.apply(out, {6, 10, 14, 18}, {9, 13, 17});
-    if (out[18] < -5) {
-        out[19] = 0.8 * (out[18] + 5.0) + out[19];
-        if (out[19] < 0) out[19] = 0;
-    }
+    close_spread(out[7], out[5], 0.15);
+    close_spread(out[15], out[13], 0.15);
+    close_spread(out[19], out[17], 0.25);
+    spread_middle_from_neighbours(out, 0.24, 0.32);
+    remap_joint_linkages(out, kLinkages);
+    close_spread(out[19], out[18], 0.8, -5);
     // Distal joints follow the proximal ones at 0.8, never extending past straight.
-    out[4] = out[5] * 0.8;
-    out[8] = out[9] * 0.8;
-    out[12] = out[13] * 0.8;
-    out[16] = out[17] * 0.8;
-    for (int i : {4, 8, 12, 16})
-        if (out[i] > 0) out[i] = 0;
+    follow_distal(out, 0.8);
     // A finger bent nearly to its end stop goes all the way, both joints.
-    if (out[6] < -90) out[5] = out[6] = -100;
-    if (out[10] < -90) out[9] = out[10] = -100;
-    if (out[14] < -90) out[13] = out[14] = -100;
-    if (out[18] < -90) out[17] = out[18] = -100;
+    lock_full_bends(out, -90, -90);
 
     // With the thumb deeply flexed, the bent fingers pick a fixed pinch or grasp pose. The tests
     // overlap on purpose and each sees what the earlier ones left: the last one to fire wins.
