@@ -5,7 +5,7 @@
 #include "core/curves.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
-#include "core/spread_coupling.h"
+#include "core/thumb_turning_spreads.h"
 #include "models/hands.h"
 
 double Quil_linear::INSPIRE_ROBOTS_RH56DFX::weight[228] = {
@@ -45,6 +45,9 @@ constexpr RowRules kRows = RowRules{}
 // The index's middle joint: a light bend is doubled, a medium one eased, a deep one kept.
 constexpr Curve3 kIndexMiddle{-20, -50, scale(2.0), affine(0.3, -34.0), affine(1.0, 1.0)};
 
+// Spreading the little finger turns the thumb out of its way; bending a finger closes its spread.
+constexpr ThumbTurningSpreads kSpreads{{25, 15, 35}, 1.3, {3, 14, 35}, 0.15, 0.15, 0.25, 0.24, 0.32};
+
 }  // namespace
 
 quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56DFX(const InputAngles& in, const MemoryRef&) {
@@ -66,13 +69,7 @@ quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56DFX(const InputAngles& in, con
         if (out[0] > 0) out[0] = 0;
     }
 
-    cap_spreads(out, SpreadCaps{25, 15, 35});
-    rotate_thumb_with_little_spread(out, 1.3);
-    reshape_little_spread(out[19], LittleSpreadGain{3, 14, 35});
-    close_spread(out[7], out[5], 0.15);
-    close_spread(out[15], out[13], 0.15);
-    close_spread(out[19], out[17], 0.25);
-    spread_middle_from_neighbours(out, 0.24, 0.32);
+    couple_spreads_turning_thumb(out, kSpreads);
 
     out[5] = kIndexMiddle(out[5]);
     if (out[5] < -100) out[5] = -100;

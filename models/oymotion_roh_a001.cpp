@@ -6,7 +6,7 @@
 #include "core/curves.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
-#include "core/spread_coupling.h"
+#include "core/thumb_turning_spreads.h"
 #include "models/hands.h"
 
 double Quil_linear::OYMotion_ROH_A001::weight[228] = {
@@ -46,6 +46,9 @@ constexpr RowRules kRows = RowRules{}
 // The index's middle joint: a light bend is doubled, a medium one eased, a deep one kept.
 constexpr Curve3 kIndexMiddle{-20, -50, scale(2.0), affine(0.3, -34.0), affine(1.0, 1.0)};
 
+// Spreading the little finger turns the thumb out of its way; bending a finger closes its spread.
+constexpr ThumbTurningSpreads kSpreads{{25, 15, 35}, 1.3, {3, 14, 35}, 0.15, 0.15, 0.25, 0.24, 0.32};
+
 // While the thumb base is nearly straight it follows the index's middle joint, doubled or eased;
 // bent deeper it is only offset.
 double thumb_base(double base, double index_middle) {
@@ -77,13 +80,7 @@ quil::TargetArray quil::hands::OYMotion_ROH_A001(const InputAngles& in, const Me
     out[20] = thumb_rotation(out[2]);
     if (out[2] < -70) out[2] = -70;
 
-    cap_spreads(out, SpreadCaps{25, 15, 35});
-    rotate_thumb_with_little_spread(out, 1.3);
-    reshape_little_spread(out[19], LittleSpreadGain{3, 14, 35});
-    close_spread(out[7], out[5], 0.15);
-    close_spread(out[15], out[13], 0.15);
-    close_spread(out[19], out[17], 0.25);
-    spread_middle_from_neighbours(out, 0.24, 0.32);
+    couple_spreads_turning_thumb(out, kSpreads);
 
     out[5] = kIndexMiddle(out[5]);
     if (out[5] < -100) out[5] = -100;

@@ -8,7 +8,7 @@
 #include "core/full_bend_lock.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
-#include "core/spread_coupling.h"
+#include "core/thumb_turning_spreads.h"
 #include "core/wide_linkage.h"
 #include "models/hands.h"
 
@@ -65,6 +65,9 @@ constexpr JointLinkages kLinkages{
     },
 };
 
+// Spreading the little finger turns the thumb out of its way; bending a finger closes its spread.
+constexpr ThumbTurningSpreads kSpreads{{25, 15, 35}, 1.3, {3, 14, 35}, 0.15, 0.15, 0.25, 0.24, 0.32};
+
 // Curls a joint toward a (negative) grasp limit: the joint is scaled by the gain and by how far
 // along to the limit it already is, so a strong gain pulls a nearly closed joint onto the limit,
 // never past it. A joint already at or beyond the limit is set to it.
@@ -82,15 +85,7 @@ quil::TargetArray quil::hands::ROBOTERA_XHAND1(const InputAngles& in, const Memo
     const int k = run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
     bend_thumb_tip(out, kThumbTip);
-    cap_spreads(out, SpreadCaps{25, 15, 35});
-    // Spreading the little finger rotates the thumb out of its way.
-    rotate_thumb_with_little_spread(out, 1.3);
-    reshape_little_spread(out[19], LittleSpreadGain{3, 14, 35});
-    // Bending a finger closes its spread.
-    close_spread(out[7], out[5], 0.15);
-    close_spread(out[15], out[13], 0.15);
-    close_spread(out[19], out[17], 0.25);
-    spread_middle_from_neighbours(out, 0.24, 0.32);
+    couple_spreads_turning_thumb(out, kSpreads);
     remap_joint_linkages(out, kLinkages);
     close_spread(out[19], out[18], 0.8, -5);
     // Distal joints follow the proximal ones at 0.8, never extending past straight.
