@@ -47,7 +47,8 @@ constexpr RowRules kRows = RowRules{}
 constexpr Curve3 kIndexMiddle{-20, -50, scale(2.0), affine(0.3, -34.0), affine(1.0, 1.0)};
 
 // Spreading the little finger turns the thumb out of its way; bending a finger closes its spread.
-constexpr ThumbTurningSpreads kSpreads{{25, 15, 35}, 1.3, {3, 14, 35}, 0.15, 0.15, 0.25, 0.24, 0.32};
+constexpr ThumbTurningSpreads kSpreads{
+    {25, 15, 35}, 1.3, {3, 14, 35}, 0.15, 0.15, 0.25, 0.24, 0.32};
 
 // While the thumb base is nearly straight it follows the index's middle joint, doubled or eased;
 // bent deeper it is only offset.

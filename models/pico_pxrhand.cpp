@@ -48,7 +48,8 @@ constexpr RowRules kRows = RowRules{}
 // The thumb tip's linkage: small bends are amplified, deep bends shifted a little further; bent
 // past -90 it straightens the two thumb base joints a little.
 constexpr ThumbTipLinkage kThumbTip{
-    Curve3{-30.0, -50.0, scale(1.5), affine(0.9, -18.0), affine(1.2, -4.0)}, -110.0, -90.0, 0.2, 18.0};
+    Curve3{-30.0, -50.0, scale(1.5), affine(0.9, -18.0), affine(1.2, -4.0)},
+    -110.0, -90.0, 0.2, 18.0};
 
 constexpr JointLinkages kLinkages{
     // The thumb's first joint; a deep bend gives back a little.

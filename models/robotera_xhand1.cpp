@@ -49,7 +49,8 @@ constexpr RowRules kRows = RowRules{}
 // The thumb tip's linkage: small bends are amplified, the middle of the range is shifted deep;
 // bent past -90 it straightens the two thumb base joints a little.
 constexpr ThumbTipLinkage kThumbTip{
-    Curve3{-30.0, -50.0, scale(2.2), affine(0.9, -39.0), affine(1.5, -9.0)}, -110.0, -90.0, 0.2, 18.0};
+    Curve3{-30.0, -50.0, scale(2.2), affine(0.9, -39.0), affine(1.5, -9.0)},
+    -110.0, -90.0, 0.2, 18.0};
 
 constexpr JointLinkages kLinkages{
     // The thumb's first joint; a deep bend gives back a little.
@@ -66,7 +67,8 @@ constexpr JointLinkages kLinkages{
 };
 
 // Spreading the little finger turns the thumb out of its way; bending a finger closes its spread.
-constexpr ThumbTurningSpreads kSpreads{{25, 15, 35}, 1.3, {3, 14, 35}, 0.15, 0.15, 0.25, 0.24, 0.32};
+constexpr ThumbTurningSpreads kSpreads{
+    {25, 15, 35}, 1.3, {3, 14, 35}, 0.15, 0.15, 0.25, 0.24, 0.32};
 
 // Curls a joint toward a (negative) grasp limit: the joint is scaled by the gain and by how far
 // along to the limit it already is, so a strong gain pulls a nearly closed joint onto the limit,
