@@ -1,6 +1,7 @@
 // The joint chain of the hands whose curls are scaled in bands (the AgiBot O12, the LeadShine
-// DH116, which was derived from it, and the RUIYAN RY_H2 with its own bands): the rules that
-// turn the emitted rows into joint targets, up to the hand's own pinch poses.
+// DH116, which was derived from it, and the RUIYAN RY_H2 with its own bands; the TalentRobot Pro
+// shares the spreads and the finger bands): the rules that turn the emitted rows into joint
+// targets, up to the hand's own pinch poses.
 //
 // The thumb rotation is coupled to thumb slot 2: a straight thumb pulls the rotation in, a bent
 // one lets it go by a hand-specific amount (the RY_H2 runs a rotation rule of its own before
@@ -26,27 +27,39 @@ constexpr Curve3 uniform(double gain) { return Curve3{0, 0, scale(gain), scale(g
 // slots 0, 1 and 2 with its rotation in 3 and its second rotation value in 20; each finger has
 // its curls in the two slots before its spread (index 5 and 6, middle 9 and 10, ring 13 and 14,
 // little 17 and 18).
-struct Bands {
+struct ThumbBands {
     Curve3 thumb0, thumb1;
     double thumb1_floor;  // thumb slot 1 is kept within [thumb1_floor, 0]
     Curve3 thumb2, thumb20;
+};
+
+struct FingerBands {
     Curve3 index6, index5, middle9, middle10, ring13, ring14, little18;
+};
+
+struct Bands {
+    ThumbBands thumb;
+    FingerBands fingers;
 };
 
 // The AgiBot O12's bands, which the DH116 kept.
 constexpr Bands kO12Bands{
-    Curve3{-20, -60, scale(0.5), affine(0.4, -5), scale(1)},
-    Curve3{-20, -40, scale(0.6), scale(0.7), scale(0.75)},
-    -60,
-    Curve3{-20, -50, scale(0.7), scale(0.8), scale(0.8)},
-    Curve3{-15, -30, scale(0.4), scale(0.35), scale(0.3)},
-    Curve3{-30, -50, scale(1.15), scale(0.8), scale(1)},
-    Curve3{-10, -60, scale(1), affine(0.5, -10), scale(1.1)},
-    Curve3{-15, -70, scale(1.15), scale(0.8), scale(1)},
-    Curve3{-30, -50, scale(1.15), scale(0.8), scale(1)},
-    Curve3{-15, -70, scale(1.25), scale(0.9), scale(1)},
-    Curve3{-30, -50, scale(1.15), scale(0.8), scale(1)},
-    Curve3{-20, -60, scale(1.25), scale(0.8), scale(1)},
+    {
+        Curve3{-20, -60, scale(0.5), affine(0.4, -5), scale(1)},
+        Curve3{-20, -40, scale(0.6), scale(0.7), scale(0.75)},
+        -60,
+        Curve3{-20, -50, scale(0.7), scale(0.8), scale(0.8)},
+        Curve3{-15, -30, scale(0.4), scale(0.35), scale(0.3)},
+    },
+    {
+        Curve3{-30, -50, scale(1.15), scale(0.8), scale(1)},
+        Curve3{-10, -60, scale(1), affine(0.5, -10), scale(1.1)},
+        Curve3{-15, -70, scale(1.15), scale(0.8), scale(1)},
+        Curve3{-30, -50, scale(1.15), scale(0.8), scale(1)},
+        Curve3{-15, -70, scale(1.25), scale(0.9), scale(1)},
+        Curve3{-30, -50, scale(1.15), scale(0.8), scale(1)},
+        Curve3{-20, -60, scale(1.25), scale(0.8), scale(1)},
+    },
 };
 
 inline void floor_at(TargetArray& out, int slot, double limit) {
@@ -66,11 +79,8 @@ inline void rotation_from_tip(TargetArray& out, double rotation_give) {
     }
 }
 
-// Everything between the thumb rotation and the pinch poses: spreads, the banded thumb and
-// finger joints, the little finger's spread, distal joints and full-bend locks.
-inline void banded_joints(TargetArray& out, const Bands& b) {
-    couple_spreads(out, kSpread);
-
+// The thumb's joints in their bands; the thumb spread stops at -45.
+inline void banded_thumb(TargetArray& out, const ThumbBands& b) {
     out[0] = b.thumb0(out[0]);
     floor_at(out, 0, -90);
     out[1] = b.thumb1(out[1]);
@@ -85,7 +95,11 @@ inline void banded_joints(TargetArray& out, const Bands& b) {
         floor_at(out, 1, -44);
         floor_at(out, 0, -49);
     }
+}
 
+// The finger curls in their bands, the little finger's spread closed by its deep curl, distal
+// joints at 0.8 and the full-bend locks.
+inline void banded_fingers(TargetArray& out, const FingerBands& b) {
     out[6] = b.index6(out[6]);
     floor_at(out, 6, -100);
     out[5] = b.index5(out[5]);
@@ -108,6 +122,14 @@ inline void banded_joints(TargetArray& out, const Bands& b) {
 
     follow_distal(out, 0.8);
     lock_full_bends(out, -90, -80);
+}
+
+// Everything between the thumb rotation and the pinch poses: spreads, the banded thumb and
+// finger joints, distal joints and full-bend locks.
+inline void banded_joints(TargetArray& out, const Bands& b) {
+    couple_spreads(out, kSpread);
+    banded_thumb(out, b.thumb);
+    banded_fingers(out, b.fingers);
 }
 
 // The O12's chain: its rotation rule, then its bands.

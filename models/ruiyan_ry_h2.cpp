@@ -20,18 +20,22 @@ using namespace quil;
 // rather than scaled when deep and may bend to -90; the proximal curls are only scaled, at 0.9
 // (the little finger at 0.95).
 constexpr banded_finger_chain::Bands kBands{
-    Curve3{-20, -60, scale(0.5), affine(0.4, -5), scale(1)},   // thumb 0
-    Curve3{-20, -40, scale(1.2), scale(0.6), affine(1, 4)},    // thumb 1
-    -90,                                                        // and its floor
-    Curve3{-20, -50, scale(0.8), scale(0.8), scale(1)},        // thumb 2
-    Curve3{-15, -30, scale(0.4), scale(0.35), scale(0.3)},     // thumb 20
-    banded_finger_chain::uniform(0.9),                          // index 6
-    Curve3{-10, -60, scale(1), affine(0.5, -10), scale(1.1)},  // index 5
-    Curve3{-15, -70, scale(1.15), scale(0.8), scale(1)},       // middle 9
-    banded_finger_chain::uniform(0.9),                          // middle 10
-    Curve3{-15, -70, scale(1.25), scale(0.9), scale(1)},       // ring 13
-    banded_finger_chain::uniform(0.9),                          // ring 14
-    banded_finger_chain::uniform(0.95),                         // little 18
+    {
+        Curve3{-20, -60, scale(0.5), affine(0.4, -5), scale(1)},   // thumb 0
+        Curve3{-20, -40, scale(1.2), scale(0.6), affine(1, 4)},    // thumb 1
+        -90,                                                        // and its floor
+        Curve3{-20, -50, scale(0.8), scale(0.8), scale(1)},        // thumb 2
+        Curve3{-15, -30, scale(0.4), scale(0.35), scale(0.3)},     // thumb 20
+    },
+    {
+        banded_finger_chain::uniform(0.9),                          // index 6
+        Curve3{-10, -60, scale(1), affine(0.5, -10), scale(1.1)},  // index 5
+        Curve3{-15, -70, scale(1.15), scale(0.8), scale(1)},       // middle 9
+        banded_finger_chain::uniform(0.9),                          // middle 10
+        Curve3{-15, -70, scale(1.25), scale(0.9), scale(1)},       // ring 13
+        banded_finger_chain::uniform(0.9),                          // ring 14
+        banded_finger_chain::uniform(0.95),                         // little 18
+    },
 };
 
 void joint_chain(TargetArray& out) {
