@@ -1,18 +1,23 @@
-// The joint chain of the RUIYAN RY_H15 hand, which the CHOHO hand and the TetherIA AeroHandOpen
-// reuse with a few changes of their own: the rows of the common coefficient set with the
-// RY_H15's limits, then a fixed sequence of thumb bands, finger gains, neighbour couplings and
-// full-bend locks. A hand runs the pieces below in this order and adds its own rules between
-// them:
+// The joint chain of the RUIYAN RY_H15 hand, which the CHOHO hand, the TetherIA AeroHandOpen,
+// the INSPIRE ROBOTS RH56F1_E4 and the AgiBot OmniHand O10 share with a few changes of their
+// own: the rows with the RY_H15's limits, then a fixed sequence of thumb bands, finger gains,
+// neighbour couplings and full-bend locks. A hand runs the pieces below in this order and adds
+// its own rules between them:
 //
 //   run_rows               readings -> 23 limited row values (a NaN reading passes the clamp)
-//   thumb_and_fingers      thumb rotation, thumb bands, abductions, finger gains, ring/little
-//                          follow, the middle-finger thumb relief
+//   thumb_and_fingers      the five steps below, for hands that add nothing between them:
+//     rotation_from_tip      first thumb-rotation estimate from the thumb tip
+//     thumb_joints           thumb roll, base and tip bands, thumb spread
+//     rotation_from_spread   the rotation recomputed from spread and tip
+//     fingers                abductions, finger gains, little-finger spread
+//     neighbour_drag         ring/little/index follow a bent middle finger, thumb relief
 //   fist_boost             deeper middle flexion and weaker thumb spread on a (possibly
 //                          every-call) fist test
 //   distal_and_full_bend   distal joints at 0.8, full-bend locks
 //
-// What the hands change is gathered in ChainVariant: how the thumb base is banded, how the
-// thumb tip is rebuilt from the base, and the little finger's gain.
+// What the hands change is gathered in ChainVariant (how the thumb base is banded, how the
+// thumb tip is rebuilt from the base, the thumb spread's gains, the little finger's gain) and
+// in the fist's bounds and gains.
 #pragma once
 
 #include <algorithm>
@@ -42,17 +47,22 @@ struct ThumbTipBlend {
     double scale;
 };
 
+// The thumb spread (out[20]) keeps `near_open` of its row above -15 and `beyond` past it.
+struct ThumbSpreadGains {
+    double near_open;
+    double beyond;
+};
+
 struct ChainVariant {
     ThumbBaseBands thumb_base;
     ThumbTipBlend thumb_tip;
+    ThumbSpreadGains thumb_spread;
     double little_gain;   // out[18] *= little_gain ...
     double little_floor;  // ... and no lower than little_floor
 };
 
-// The body of the chain: everything from the thumb rotation to the thumb relief of a bent
-// middle finger, in the firmware's order.
-inline void thumb_and_fingers(TargetArray& out, const ChainVariant& v) {
-    // The thumb rotation opens as the tip straightens and closes a little as it bends.
+// The thumb rotation opens as the tip straightens and closes a little as it bends.
+inline void rotation_from_tip(TargetArray& out) {
     if (out[2] > -10) {
         out[3] = out[3] - (out[2] + 10.0) * 2.5;
         if (out[3] > 30) out[3] = 30;
@@ -61,6 +71,11 @@ inline void thumb_and_fingers(TargetArray& out, const ChainVariant& v) {
         out[3] = out[3] + (out[2] + 10.0) * 0.15;
         if (out[3] < 20) out[3] = 20;
     }
+}
+
+// Thumb roll, base and tip in their bands, then the thumb spread, which holds the base and the
+// roll back when it is fully spread.
+inline void thumb_joints(TargetArray& out, const ChainVariant& v) {
     // Thumb roll: shallow bends are damped, deep ones kept.
     if (out[0] > -20) {
         out[0] = out[0] * 0.5;
@@ -89,19 +104,26 @@ inline void thumb_and_fingers(TargetArray& out, const ChainVariant& v) {
 
     // Thumb spread, with the thumb base and roll held back when it is fully spread.
     if (out[20] > -15) {
-        out[20] = out[20] * 0.3;
+        out[20] = out[20] * v.thumb_spread.near_open;
     } else {
-        out[20] = out[20] * 0.35;
+        out[20] = out[20] * v.thumb_spread.beyond;
     }
     if (out[20] < -45) {
         out[20] = -45;
         out[1] = std::max(out[1], -44.0);
         out[0] = std::max(out[0], -49.0);
     }
-    // The rotation is finally driven by the spread and the tip. This replaces what the two tip
-    // rules at the top made of it; the firmware has always run both.
-    out[3] = -0.5 * out[20] - 0.15 * out[2];
+}
 
+// The rotation is finally driven by the spread and the tip. This replaces what
+// rotation_from_tip made of it; the firmware has always run both.
+inline void rotation_from_spread(TargetArray& out) {
+    out[3] = -0.5 * out[20] - 0.15 * out[2];
+}
+
+// Abductions capped and narrowed as their fingers bend, finger gains, the little finger's
+// spread, and the rotation limited to [0, 30].
+inline void fingers(TargetArray& out, const ChainVariant& v) {
     // Index: abduction capped and narrowed as the finger bends.
     if (out[7] > 30) out[7] = 30;
     if (out[5] < 0) {
@@ -165,7 +187,9 @@ inline void thumb_and_fingers(TargetArray& out, const ChainVariant& v) {
 
     if (out[3] < 0) out[3] = 0;
     if (out[3] > 30) out[3] = 30;
+}
 
+inline void neighbour_drag(TargetArray& out) {
     // Ring and little are dragged along by a deeply bent middle finger, the index by middle
     // and index together.
     if (out[10] <= -65 && (out[14] <= -25 || out[18] <= -15)) {
@@ -187,18 +211,34 @@ inline void thumb_and_fingers(TargetArray& out, const ChainVariant& v) {
     }
 }
 
+// The body of the chain for hands that add nothing inside it: everything from the thumb rotation
+// to the thumb relief of a bent middle finger, in the firmware's order.
+inline void thumb_and_fingers(TargetArray& out, const ChainVariant& v) {
+    rotation_from_tip(out);
+    thumb_joints(out, v);
+    rotation_from_spread(out);
+    fingers(out, v);
+    neighbour_drag(out);
+}
+
 // The fist test: the proximal joints of all four fingers at or below (that is, bent at least
 // as far as) these bounds. Positive bounds make it pass on every sample.
 struct FistBounds {
     double index, middle, ring, little;  // out[6], out[10], out[14], out[18]
 };
 
-// On a fist the middle finger bends 15% further and the thumb spreads 30% less. Returns
-// whether the fist test passed.
-inline bool fist_boost(TargetArray& out, const FistBounds& b) {
+// What a fist does: the middle finger bends `middle` times further (about 15%) and the thumb
+// spreads `spread` times as far (about 30% less).
+struct FistGains {
+    double middle;  // out[10]
+    double spread;  // out[20]
+};
+
+// Returns whether the fist test passed.
+inline bool fist_boost(TargetArray& out, const FistBounds& b, const FistGains& g) {
     if (out[6] <= b.index && out[10] <= b.middle && out[14] <= b.ring && out[18] <= b.little) {
-        out[10] = out[10] * 1.15;
-        out[20] = out[20] * 0.7;
+        out[10] = out[10] * g.middle;
+        out[20] = out[20] * g.spread;
         return true;
     }
     return false;

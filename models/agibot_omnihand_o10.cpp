@@ -8,7 +8,7 @@
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
-#include "core/spread_coupling.h"
+#include "core/ruiyan_chain.h"
 #include "models/hands.h"
 
 double Quil_linear::AgiBot_OmniHand_O10::weight[228] = {
@@ -50,120 +50,40 @@ void floor_at(TargetArray& out, int slot, double limit) {
     if (out[slot] < limit) out[slot] = limit;
 }
 
-// The middle (9) and ring (13) curls share one band shape: light bends are amplified, mid bends compressed.
-double second_curl_bands(double v) {
-    if (v > -15) return v * 1.25;
-    if (v > -70) return v * 0.9;
-    return v;
-}
+// The RY_H15 joint chain with the base amplified, the tip following the base alone (the tip's
+// own weight is 0), and the thumb spread and fist gains as single-precision constants.
+constexpr ruiyan_chain::ChainVariant kChain{
+    ruiyan_chain::ThumbBaseBands::amplified,
+    ruiyan_chain::ThumbTipBlend{0.0, 1.0, double(0.9f)},
+    ruiyan_chain::ThumbSpreadGains{double(0.3f), double(0.35f)},
+    0.95,   // little finger gain
+    -84.0,  // and floor
+};
 
+// The positive bounds let the fist boost act on nearly every pose, as the hand was tuned.
+constexpr ruiyan_chain::FistBounds kAlwaysBoost{75.0, 65.0, 75.0, 85.0};
+constexpr ruiyan_chain::FistGains kFistGains{double(1.15f), double(0.7f)};
+
+// The RY_H15 joint chain with four changes of this hand's own: the rotation also leans on thumb
+// slots 1 and 2, it is not recomputed from the thumb spread, the index's proximal joint stops at
+// -100, and the middle finger locks at -90 like the index and ring.
 void joint_chain(TargetArray& out) {
-    if (out[2] > -10) {
-        out[3] = out[3] - (out[2] + 10) * 2.5;
-        if (out[3] > 30) out[3] = 30;
-    }
-    if (out[2] < -10) {
-        out[3] = out[3] + (out[2] + 10) * 0.15;
-        if (out[3] < 20) out[3] = 20;
-    }
+    ruiyan_chain::rotation_from_tip(out);
     // The rotation also leans on thumb slots 1 and 2 directly.
     out[3] = out[3] * 0.3 - double(0.2f) * out[2] - double(0.3f) * out[1];
     if (out[3] < 0) out[3] = 0;
     if (out[3] > 30) out[3] = 30;
-
-    if (out[0] > -20) {
-        out[0] = out[0] * 0.5;
-    } else if (out[0] > -60) {
-        out[0] = 0.4 * out[0] - 5;
-    }
-    floor_at(out, 0, -90);
-    if (out[1] > -20) {
-        out[1] = out[1] * 1.2;
-    } else if (out[1] > -60) {
-        out[1] = 0.6 * out[1] - 20;
-    } else {
-        out[1] = out[1] + 4;
-    }
-    if (out[1] > 0) out[1] = 0;
-    floor_at(out, 1, -90);
-    // Thumb slot 2 is taken from slot 1 alone: the blend weight of its own row is 0.
-    constexpr double blend = 0.0;
-    out[2] = (out[2] * blend + (1 - blend) * out[1]) * double(0.9f);
-    floor_at(out, 2, -75);
-    out[20] = out[20] > -15 ? out[20] * double(0.3f) : out[20] * double(0.35f);
-    // A fully rotated thumb would collide with the palm unless its joints stay clear.
-    if (out[20] < -45) {
-        out[20] = -45;
-        floor_at(out, 1, -44);
-        floor_at(out, 0, -49);
-    }
-
-    if (out[7] > 30) out[7] = 30;
-    close_spread(out[7], out[5], 0.15);
-    out[6] = out[6] * 0.9;
+    // Thumb roll, base and tip bands; the thumb spread stops at -45 and then holds base and roll
+    // back, since a fully rotated thumb would otherwise collide with the palm.
+    ruiyan_chain::thumb_joints(out, kChain);
+    ruiyan_chain::fingers(out, kChain);
+    // The index's proximal joint also stops at -100 (nothing in the fingers' step reads it
+    // after its gain).
     floor_at(out, 6, -100);
-    if (out[5] > -10) {
-    } else if (out[5] > -60) {
-        out[5] = 0.5 * out[5] - 10;
-    } else {
-        out[5] = out[5] * 1.1;
-    }
-    floor_at(out, 5, -100);
-    out[11] = out[7] * 0.24 - 0.32 * out[15];
-
-    out[10] = out[10] * 0.9;
-    floor_at(out, 10, -100);
-    out[9] = second_curl_bands(out[9]);
-    floor_at(out, 9, -100);
-    if (out[15] > 20) out[15] = 20;
-    close_spread(out[15], out[13], 0.15);
-    out[14] = out[14] * 0.9;
-    floor_at(out, 14, -100);
-    out[13] = second_curl_bands(out[13]);
-    floor_at(out, 13, -100);
-
-    if (out[19] > 30) out[19] = 30;
-    if (out[19] < 7) {
-        out[19] = out[19] * 1.5;
-    } else {
-        out[19] = out[19] + 3.5;
-        if (out[19] > 30) out[19] = 30;
-    }
-    close_spread(out[19], out[17], 0.25);
-    out[18] = out[18] * 0.95;
-    floor_at(out, 18, -84);
-    if (out[18] < -5) {
-        out[19] = out[19] + 0.8 * (out[18] + 5);
-        if (out[19] < 0) out[19] = 0;
-    }
-    if (out[3] < 0) out[3] = 0;
-    if (out[3] > 30) out[3] = 30;
-
-    // A deeply bent middle finger drags the ring and little fingers, and the index, along.
-    if (out[10] <= -65 && (out[14] <= -25 || out[18] <= -15)) {
-        out[14] = 2 * out[14];
-        floor_at(out, 14, -81);
-        out[18] = 3 * out[18];
-        floor_at(out, 18, -100);
-    }
-    if (out[10] <= -70 && out[6] <= -30) {
-        out[6] = 1.5 * out[6];
-        floor_at(out, 6, -81);
-    }
-    // With the index not past its pinch window, each fully bent neighbour eases the thumb's
-    // second rotation value.
-    if (out[6] > kIndexActive.at_or_above) {
-        double f = 1.0;
-        if (out[10] < -70) f = f - 0.075;
-        if (out[14] < -70) f = f - 0.075;
-        out[20] = out[20] * f;
-    }
-    // The positive bounds let this act on nearly every pose, as the hand was tuned.
-    if (out[6] <= 75 && out[10] <= 65 && out[14] <= 75 && out[18] <= 85) {
-        out[10] = double(1.15f) * out[10];
-        out[20] = double(0.7f) * out[20];
-    }
-
+    // A deeply bent middle finger drags the ring and little fingers, and the index, along; with
+    // the index not past its pinch window, each fully bent neighbour eases the thumb spread.
+    ruiyan_chain::neighbour_drag(out);
+    ruiyan_chain::fist_boost(out, kAlwaysBoost, kFistGains);
     follow_distal(out, 0.8);
     lock_full_bends(out, -90, -80);
 }

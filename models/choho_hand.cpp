@@ -23,12 +23,14 @@ using namespace quil;
 constexpr ruiyan_chain::ChainVariant kChain{
     ruiyan_chain::ThumbBaseBands::plain_shallow,
     ruiyan_chain::ThumbTipBlend{0.6302521008403361, 1.0, double(0.9f)},
+    ruiyan_chain::ThumbSpreadGains{0.3, 0.35},
     0.95,   // little finger gain
     -84.0,  // and floor
 };
 
 // As on the RY_H15, the fist boost acts on every sample.
 constexpr ruiyan_chain::FistBounds kAlwaysBoost{75.0, 65.0, 75.0, 85.0};
+constexpr ruiyan_chain::FistGains kFistGains{1.15, 0.7};
 
 constexpr ThresholdPair thumb_active_threshold{-40.0f, -72.0f};
 constexpr ThresholdPair index_active_threshold{-40.0f, -75.0f};
@@ -102,7 +104,7 @@ quil::TargetArray quil::hands::CHOHO_Hand(const InputAngles& in, const MemoryRef
         return out;
     }
     ruiyan_chain::thumb_and_fingers(out, kChain);
-    ruiyan_chain::fist_boost(out, kAlwaysBoost);
+    ruiyan_chain::fist_boost(out, kAlwaysBoost, kFistGains);
     ruiyan_chain::distal_and_full_bend(out, /*lock_little=*/true);
     pinch(out, memory.fingerPinchDone);
     out[23] = -1.0;

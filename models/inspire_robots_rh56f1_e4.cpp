@@ -6,6 +6,7 @@
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
+#include "core/ruiyan_chain.h"
 #include "models/hands.h"
 
 double Quil_linear::INSPIRE_ROBOTS_RH56F1_E4::weight[228] = QUIL_COMMON_WEIGHT;
@@ -16,6 +17,20 @@ double Quil_linear::INSPIRE_ROBOTS_RH56F1_E4::thumb1_ref_val = 0.0;
 namespace {
 
 using namespace quil;
+
+// The RY_H15 chain with the base amplified, the tip following the base alone (the tip's own
+// weight is 0), and the thumb spread and fist gains as single-precision constants.
+constexpr ruiyan_chain::ChainVariant kChain{
+    ruiyan_chain::ThumbBaseBands::amplified,
+    ruiyan_chain::ThumbTipBlend{0.0, 1.0, double(0.9f)},
+    ruiyan_chain::ThumbSpreadGains{double(0.3f), double(0.35f)},
+    0.95,   // little finger gain
+    -84.0,  // and floor
+};
+
+// The fist boost's bounds are positive, so it acts on every sample.
+constexpr ruiyan_chain::FistBounds kAlwaysBoost{75.0, 65.0, 75.0, 85.0};
+constexpr ruiyan_chain::FistGains kFistGains{double(1.15f), double(0.7f)};
 
 constexpr ThresholdPair kIndexActive{-20.0f, -75.0f};
 constexpr ThresholdPair kThumbActive{-28.0f, -70.0f};
@@ -30,13 +45,6 @@ constexpr double kThumbReleaseBoth = double(-20.3f);
 
 constexpr int kIndex = 0;   // latch of the index pinch
 constexpr int kMiddle = 1;  // latch of the middle pinch
-
-// A finger value in three bands: scaled above `high`, scaled above `low`, kept below.
-double three_band(double v, double high, double gain_high, double low, double gain_low) {
-    if (v > high) return v * gain_high;
-    if (v > low) return v * gain_low;
-    return v;
-}
 
 void pinch(TargetArray& out, const MemoryRef& memory) {
     bool* latch = memory.fingerPinchDone;
@@ -107,140 +115,19 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
 quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56F1_E4(const InputAngles& in, const MemoryRef& memory) {
     using Hand = Quil_linear::INSPIRE_ROBOTS_RH56F1_E4;
     TargetArray out{};
-    run_linear_stage<kStandardRows>(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, out);
-
-    // The first thumb-rotation estimate from the thumb tip. The firmware still computes it,
-    // though the rotation is recomputed from the thumb values further down.
-    if (out[2] > -10) {
-        out[3] = out[3] - (out[2] + 10.0) * 2.5;
-        if (out[3] > 30) out[3] = 30;
-    }
-    if (out[2] < -10) {
-        out[3] = out[3] + (out[2] + 10.0) * 0.15;
-        if (out[3] < 20) out[3] = 20;
-    }
-    if (out[0] > -20) {
-        out[0] = out[0] * 0.5;
-    } else if (out[0] > -60) {
-        out[0] = 0.4 * out[0] - 5.0;
-    }
-    if (out[0] < -90) out[0] = -90;
-    if (out[1] > -20) {
-        out[1] = out[1] * 1.2;
-    } else if (out[1] > -60) {
-        out[1] = 0.6 * out[1] - 20.0;
-    } else {
-        out[1] = out[1] + 4.0;
-    }
-    if (out[1] > 0) out[1] = 0;
-    if (out[1] < -90) out[1] = -90;
-    // The thumb tip follows the first thumb joint; the blend keeps the tip's own row at weight 0.
-    const double tip_weight = 0.0;
-    out[2] = (out[2] * tip_weight + (1.0 - tip_weight) * out[1]) * double(0.9f);
-    if (out[2] < -75) out[2] = -75;
-    out[20] = out[20] > -15 ? out[20] * double(0.3f) : out[20] * double(0.35f);
-    if (out[20] < -45) {
-        out[20] = -45;
-        if (out[1] < -44) out[1] = -44;
-        if (out[0] < -49) out[0] = -49;
-    }
-    out[3] = out[20] * -0.5 - 0.15 * out[2];
-    // Index: abduction closes as the knuckle bends.
-    if (out[7] > 30) out[7] = 30;
-    if (out[5] < 0) {
-        out[7] = out[7] + 0.15 * out[5];
-        if (out[7] < 0) out[7] = 0;
-    }
-    out[6] = out[6] * 0.9;
-    if (out[5] > -10) {
-        // Small bends pass unchanged.
-    } else if (out[5] > -60) {
-        out[5] = 0.5 * out[5] - 10.0;
-    } else {
-        out[5] = out[5] * 1.1;
-    }
-    if (out[5] < -100) out[5] = -100;
-    // The middle finger's abduction follows the index and ring abductions.
-    out[11] = out[7] * 0.24 - 0.32 * out[15];
-    out[10] = out[10] * 0.9;
-    if (out[10] < -100) out[10] = -100;
-    out[9] = three_band(out[9], -15.0, 1.25, -70.0, 0.9);
-    if (out[9] < -100) out[9] = -100;
-    // Ring: abduction closes as the finger bends.
-    if (out[15] > 20) out[15] = 20;
-    if (out[13] < 0) {
-        out[15] = out[15] + 0.15 * out[13];
-        if (out[15] < 0) out[15] = 0;
-    }
-    out[14] = out[14] * 0.9;
-    if (out[14] < -100) out[14] = -100;
-    out[13] = three_band(out[13], -15.0, 1.25, -70.0, 0.9);
-    if (out[13] < -100) out[13] = -100;
-    // Little finger: the small spreads are amplified, bending closes the spread.
-    if (out[19] > 30) out[19] = 30;
-    if (out[19] < 7) {
-        out[19] = out[19] * 1.5;
-    } else {
-        out[19] = out[19] + 3.5;
-        if (out[19] > 30) out[19] = 30;
-    }
-    if (out[17] < 0) {
-        out[19] = out[19] + 0.25 * out[17];
-        if (out[19] < 0) out[19] = 0;
-    }
-    out[18] = out[18] * 0.95;
-    if (out[18] < -84) out[18] = -84;
-    if (out[18] < -5) {
-        out[19] = out[19] + 0.8 * (out[18] + 5.0);
-        if (out[19] < 0) out[19] = 0;
-    }
-    if (out[3] < 0) out[3] = 0;
-    if (out[3] > 30) out[3] = 30;
-
-    // The ring and little fingers share drives with the middle finger: a bent middle finger
-    // drags them deeper.
-    if (out[10] <= -65 && (out[14] <= -25 || out[18] <= -15)) {
-        const double ring = 2.0 * out[14];
-        out[14] = ring < -81 ? -81.0 : ring;
-        const double little = 3.0 * out[18];
-        out[18] = little < -100 ? -100.0 : little;
-    }
-    if (out[10] <= -70 && out[6] <= -30) {
-        const double index = 1.5 * out[6];
-        out[6] = index < -81 ? -81.0 : index;
-    }
-    // A curled middle or ring finger leaves the thumb less room to rotate.
-    if (out[6] > double(kIndexActive.at_or_above)) {
-        double f = 1.0;
-        if (out[10] < -70) f = f - 0.075;
-        if (out[14] < -70) f = f - 0.075;
-        out[20] = out[20] * f;
-    }
-    if (out[6] <= 75 && out[10] <= 65 && out[14] <= 75 && out[18] <= 85) {
-        out[10] = double(1.15f) * out[10];
-        out[20] = double(0.7f) * out[20];
-    }
+    ruiyan_chain::run_rows(in, {Hand::weight, Hand::w0}, out);
+    // The RY_H15 joint chain: thumb rotation, thumb bands, finger gains, a bent middle finger
+    // dragging ring, little and index along (they share drives on this hand), thumb relief.
+    ruiyan_chain::thumb_and_fingers(out, kChain);
+    ruiyan_chain::fist_boost(out, kAlwaysBoost, kFistGains);
     // While the thumb is not rotated far across the palm, remember where its tip was, then
     // damp the tip.
     if (out[3] <= 23) {
         *memory.thumb1_ref_val = out[2];
         out[2] = double(0.1f) * out[2];
     }
-    // Distal joints follow the proximal ones at 0.8, never extending past straight.
-    out[4] = out[5] * 0.8;
-    out[8] = out[9] * 0.8;
-    out[12] = out[13] * 0.8;
-    out[16] = out[17] * 0.8;
-    for (int i : {4, 8, 12, 16})
-        if (out[i] > 0) out[i] = 0;
-    // A finger bent nearly to its end stop goes all the way, both joints.
-    if (out[6] < -90) out[5] = out[6] = -100;
-    if (out[10] < -74) out[9] = out[10] = -81;
-    if (out[14] < -90) out[13] = out[14] = -100;
-    if (out[18] < -80) out[17] = out[18] = -100;
-
+    ruiyan_chain::distal_and_full_bend(out, /*lock_little=*/true);
     pinch(out, memory);
-
     out[23] = -1.0;
     flip_thumb_and_index(out);
     return out;

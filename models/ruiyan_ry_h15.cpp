@@ -21,12 +21,14 @@ constexpr ruiyan_chain::ChainVariant kChain{
     ruiyan_chain::ThumbBaseBands::amplified,
     // The tip is simply half the base, slightly reduced: the tip's own weight is 0.
     ruiyan_chain::ThumbTipBlend{0.0, 0.5, double(0.9f)},
+    ruiyan_chain::ThumbSpreadGains{0.3, 0.35},
     0.95,   // little finger gain
     -84.0,  // and floor
 };
 
 // The fist boost's bounds are positive, so it acts on every sample.
 constexpr ruiyan_chain::FistBounds kAlwaysBoost{75.0, 65.0, 75.0, 85.0};
+constexpr ruiyan_chain::FistGains kFistGains{1.15, 0.7};
 
 constexpr ThresholdPair thumb_active_threshold{-30.0f, -70.0f};
 constexpr ThresholdPair index_active_threshold{-30.0f, -75.0f};
@@ -85,7 +87,7 @@ quil::TargetArray quil::hands::RUIYAN_RY_H15(const InputAngles& in, const Memory
         return out;
     }
     ruiyan_chain::thumb_and_fingers(out, kChain);
-    ruiyan_chain::fist_boost(out, kAlwaysBoost);
+    ruiyan_chain::fist_boost(out, kAlwaysBoost, kFistGains);
     ruiyan_chain::distal_and_full_bend(out, /*lock_little=*/true);
     pinch(out, memory.fingerPinchDone);
     out[23] = -1.0;

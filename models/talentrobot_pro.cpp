@@ -2,9 +2,12 @@
 // a thumb tip remapped onto the hand's own range, and four fixed pinch poses (thumb to index,
 // middle, ring or little) that take over while the thumb base is half bent. Nothing is kept
 // between samples.
+#include "core/banded_finger_chain.h"
 #include "core/common_coefficients.h"
+#include "core/curves.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
+#include "core/spread_coupling.h"
 #include "models/hands.h"
 
 double Quil_linear::TalentRobot_Pro::weight[228] = QUIL_COMMON_WEIGHT;
@@ -30,6 +33,17 @@ void apply(TargetArray& out, const PinchPose& p) {
     out[3] = p.rotation;
     for (int i = 0; i < 3; ++i) out[p.finger_slot + i] = p.finger[i];
 }
+
+// Proximal curls scaled (index, middle and ring at 0.9, little at 0.95), middle joints in bands.
+constexpr banded_finger_chain::FingerBands kFingers{
+    banded_finger_chain::uniform(0.9),                          // index 6
+    Curve3{-10, -60, scale(1), affine(0.5, -10), scale(1.1)},  // index 5
+    Curve3{-15, -70, scale(1.25), scale(0.9), scale(1)},       // middle 9
+    banded_finger_chain::uniform(0.9),                          // middle 10
+    Curve3{-15, -70, scale(1.25), scale(0.9), scale(1)},       // ring 13
+    banded_finger_chain::uniform(0.9),                          // ring 14
+    banded_finger_chain::uniform(0.95),                         // little 18
+};
 
 constexpr PinchPose kIndexPinch{0, -26, 15, -45, -41, 4, {-77, -38, -61}};
 constexpr PinchPose kMiddlePinch{0, -53, 30, -44, -20, 8, {-38, -64, -74}};
@@ -58,35 +72,11 @@ quil::TargetArray quil::hands::TalentRobot_Pro(const InputAngles& in, const Memo
     TargetArray out;
     const int k = run_linear_stage<kStandardRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
 
-    // Abductions: capped, then narrowed as their fingers bend.
-    if (out[7] > 30) out[7] = 30;
-    if (out[15] > 20) out[15] = 20;
     // The little finger's spread turns the thumb before the spread itself is limited.
-    if (out[19] > 5) {
-        out[3] = out[3] + (out[19] - 5.0) * 1.5;
-        if (out[3] > 35) out[3] = 35;
-    }
-    if (out[19] > 30) out[19] = 30;
-    if (out[19] < 7) {
-        out[19] = out[19] * 1.5;
-    } else {
-        out[19] = out[19] + 3.5;
-        if (out[19] > 30) out[19] = 30;
-    }
-    if (out[5] < 0) {
-        out[7] = out[7] + 0.15 * out[5];
-        if (out[7] < 0) out[7] = 0;
-    }
-    if (out[13] < 0) {
-        out[15] = out[15] + 0.15 * out[13];
-        if (out[15] < 0) out[15] = 0;
-    }
-    if (out[17] < 0) {
-        out[19] = out[19] + 0.25 * out[17];
-        if (out[19] < 0) out[19] = 0;
-    }
-    // The middle finger's abduction follows the index and ring abductions.
-    out[11] = 0.24 * out[7] - 0.32 * out[15];
+    rotate_thumb_with_little_spread(out, 1.5);
+    // Abductions: capped, the little one reshaped, then narrowed as their fingers bend; the
+    // middle finger's abduction follows the index and ring abductions.
+    couple_spreads(out, banded_finger_chain::kSpread);
 
     // Thumb roll: shallow bends damped.
     if (out[0] > -20) {
@@ -137,54 +127,10 @@ quil::TargetArray quil::hands::TalentRobot_Pro(const InputAngles& in, const Memo
         if (out[0] < -49) out[0] = -49;
     }
 
-    // Finger gains: proximal joints slightly reduced, middle joints amplified while shallow.
-    out[6] = out[6] * 0.9;
-    if (out[6] < -100) out[6] = -100;
-    if (out[5] > -10) {
-        // small bends pass unchanged
-    } else if (out[5] > -60) {
-        out[5] = 0.5 * out[5] - 10.0;
-    } else {
-        out[5] = out[5] * 1.1;
-    }
-    if (out[5] < -100) out[5] = -100;
-    out[10] = out[10] * 0.9;
-    if (out[10] < -100) out[10] = -100;
-    if (out[9] > -15) {
-        out[9] = out[9] * 1.25;
-    } else if (out[9] > -70) {
-        out[9] = out[9] * 0.9;
-    }
-    if (out[9] < -100) out[9] = -100;
-    out[14] = out[14] * 0.9;
-    if (out[14] < -100) out[14] = -100;
-    if (out[13] > -15) {
-        out[13] = out[13] * 1.25;
-    } else if (out[13] > -70) {
-        out[13] = out[13] * 0.9;
-    }
-    if (out[13] < -100) out[13] = -100;
-    out[18] = out[18] * 0.95;
-    if (out[18] < -84) out[18] = -84;
-    if (out[18] < -5) {
-        out[19] = out[19] + 0.8 * (out[18] + 5.0);
-        if (out[19] < 0) out[19] = 0;
-    }
-
-    // Distal joints follow at 0.8, never past straight; a finger bent past -90 (the little
+    // Finger gains: proximal joints slightly reduced, middle joints amplified while shallow;
+    // distal joints follow at 0.8, never past straight; a finger bent past -90 (the little
     // finger past -80) is driven fully closed.
-    for (int m : {4, 8, 12, 16}) out[m] = out[m + 1] * 0.8;
-    for (int m : {4, 8, 12, 16})
-        if (out[m] > 0) out[m] = 0;
-    for (int s : {6, 10, 14})
-        if (out[s] < -90) {
-            out[s - 1] = -100;
-            out[s] = -100;
-        }
-    if (out[18] < -80) {
-        out[17] = -100;
-        out[18] = -100;
-    }
+    banded_finger_chain::banded_fingers(out, kFingers);
 
     pinch_poses(out);
     out[k] = -1.0;

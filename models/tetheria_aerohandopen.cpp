@@ -30,12 +30,14 @@ using namespace quil;
 constexpr ruiyan_chain::ChainVariant kChain{
     ruiyan_chain::ThumbBaseBands::shallow_only,
     ruiyan_chain::ThumbTipBlend{0.6302521008403361, 1.0, 0.9},
+    ruiyan_chain::ThumbSpreadGains{0.3, 0.35},
     1.1,     // little finger gain
     -100.0,  // and floor
 };
 
 // Only a real fist boosts the middle finger.
 constexpr ruiyan_chain::FistBounds kFist{-75.0, -65.0, -75.0, -85.0};
+constexpr ruiyan_chain::FistGains kFistGains{1.15, 0.7};
 
 constexpr ThresholdPair thumb_active_threshold{-37.0f, -75.0f};
 constexpr ThresholdPair index_active_threshold{-35.0f, -75.0f};
@@ -155,7 +157,7 @@ quil::TargetArray quil::hands::TetherIA_AeroHandOpen(const InputAngles& in, cons
     ruiyan_chain::thumb_and_fingers(out, kChain);
     // The thumb roll is not driven, except on a fist.
     out[0] = 0;
-    if (ruiyan_chain::fist_boost(out, kFist)) out[0] = -50;
+    if (ruiyan_chain::fist_boost(out, kFist, kFistGains)) out[0] = -50;
     if (out[1] < -55) out[1] = -55;
     scale_thumb(out, memory);
     ruiyan_chain::distal_and_full_bend(out, /*lock_little=*/false);
