@@ -6,6 +6,7 @@
 #include "core/finger_coupling.h"
 #include "core/curves.h"
 #include "core/hand_class.h"
+#include "core/linkage_curves.h"
 #include "core/linear_stage.h"
 #include "core/spread_coupling.h"
 #include "models/hands.h"
@@ -38,12 +39,12 @@ namespace {
 using namespace quil;
 
 // Finger joints: proximal (6, 10, 14, 18), middle (9, 13, 17) and the index's middle (5).
-constexpr Curve3 kProximal{-30, -50, scale(2.0), affine(0.6, -42.0), affine(1.5, 3.0)};
-constexpr Curve3 kMiddle{-15, -70, scale(2.0), affine(0.5, -22.5), affine(1.5, 47.5)};
-constexpr Curve3 kIndexMiddle{-10, -60, scale(1.5), affine(0.5, -10.0), affine(2.0, 80.0)};
+constexpr const Curve3& kProximal = linkage::kProximal;
+constexpr const Curve3& kMiddle = linkage::kDistal;
+constexpr const Curve3& kIndexMiddle = linkage::kIndexShared;
 // Thumb: the two base joints (0, 1) and the rotation toward the palm (20).
-constexpr Curve3 kThumbBase{-20, -60, scale(1.5), affine(0.6, -20.0), affine(1.0, 4.0)};
-constexpr Curve3 kThumbRotation{-20, -50, scale(2.5), affine(1.5, -20.0), affine(1.0, -45.0)};
+constexpr const Curve3& kThumbBase = linkage::kThumbBase;
+constexpr const Curve3& kThumbRotation = linkage::kThumbTip;
 
 void bend_finger(double& v, const Curve3& curve) {
     v = curve(v);

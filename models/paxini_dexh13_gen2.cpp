@@ -8,6 +8,7 @@
 #include "core/curves.h"
 #include "core/finger_coupling.h"
 #include "core/hand_class.h"
+#include "core/linkage_curves.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
 
@@ -20,15 +21,15 @@ using namespace quil;
 
 // Thumb base joints (0, 1). The jump at -20 (about -30 just above, -32 at it) is how the hand
 // has always been tuned.
-constexpr Curve3 kThumbBase{-20, -60, scale(1.5), affine(0.6, -20.0), affine(1.0, 4.0)};
+constexpr const Curve3& kThumbBase = linkage::kThumbBase;
 // Thumb tip and thumb opposition (2, 20).
-constexpr Curve3 kThumbTip{-20, -50, scale(2.5), affine(1.5, -20.0), affine(1.0, -45.0)};
+constexpr const Curve3& kThumbTip = linkage::kThumbTip;
 // Index distal-driving joint (5).
-constexpr Curve3 kIndexDistal{-10, -60, scale(1.5), affine(0.5, -10.0), affine(2.0, 80.0)};
+constexpr const Curve3& kIndexDistal = linkage::kIndexShared;
 // Proximal finger joints (6, 10, 14, 18).
-constexpr Curve3 kProximal{-30, -50, scale(2.0), affine(0.6, -42.0), affine(1.5, 3.0)};
+constexpr const Curve3& kProximal = linkage::kProximal;
 // Distal-driving joints of middle, ring and little (9, 13, 17).
-constexpr Curve3 kDistal{-15, -70, scale(2.0), affine(0.5, -22.5), affine(1.5, 47.5)};
+constexpr const Curve3& kDistal = linkage::kDistal;
 
 inline double at_least(double v, double floor) { return v < floor ? floor : v; }
 

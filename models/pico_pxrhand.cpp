@@ -4,6 +4,7 @@
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
 #include "core/hand_class.h"
+#include "core/linkage_curves.h"
 #include "core/linear_stage.h"
 #include "core/spread_coupling.h"
 #include "core/wide_linkage.h"
@@ -53,14 +54,14 @@ constexpr ThumbTipLinkage kThumbTip{
 
 constexpr JointLinkages kLinkages{
     // The thumb's first joint; a deep bend gives back a little.
-    Curve3{-20.0, -60.0, scale(1.5), affine(0.6, -20.0), affine(1.0, 4.0)},
+    linkage::kThumbBase,
     -90.0,
     // The index abduction motor shares its travel with the index knuckle.
-    Curve3{-10.0, -60.0, scale(1.5), affine(0.5, -10.0), affine(2.0, 80.0)},
+    linkage::kIndexShared,
     -100.0,
     FingerRemap{
-        Curve3{-30.0, -50.0, scale(2.0), affine(0.6, -42.0), affine(1.5, 3.0)},
-        Curve3{-15.0, -70.0, scale(2.0), affine(0.5, -22.5), affine(1.5, 47.5)},
+        linkage::kProximal,
+        linkage::kDistal,
         -100.0,
     },
 };

@@ -7,6 +7,7 @@
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
 #include "core/hand_class.h"
+#include "core/linkage_curves.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
 #include "models/quil_linear_ag_coefficients.h"
@@ -27,12 +28,12 @@ constexpr RowRules kRows = RowRules{}
     .twice({4, 7, 10, 13}, upper(0), lower(-100));
 
 // Gain curves: the first part of a bend is amplified, deep bends are compressed.
-constexpr Curve3 kThumbBase{-20, -60, scale(1.5), affine(0.6, -20.0), affine(1.0, 4.0)};
-constexpr Curve3 kThumbTip{-20, -50, scale(2.5), affine(1.5, -20.0), affine(1.0, -45.0)};
+constexpr const Curve3& kThumbBase = linkage::kThumbBase;
+constexpr const Curve3& kThumbTip = linkage::kThumbTip;
 constexpr Curve3 kThumbSecond{-20, -50, scale(1.0), affine(1.0, -20.0), affine(1.0, -45.0)};
-constexpr Curve3 kIndexDistal{-10, -60, scale(1.5), affine(0.5, -10.0), affine(2.0, 80.0)};
-constexpr Curve3 kProximal{-30, -50, scale(2.0), affine(0.6, -42.0), affine(1.5, 3.0)};
-constexpr Curve3 kDistal{-15, -70, scale(2.0), affine(0.5, -22.5), affine(1.5, 47.5)};
+constexpr const Curve3& kIndexDistal = linkage::kIndexShared;
+constexpr const Curve3& kProximal = linkage::kProximal;
+constexpr const Curve3& kDistal = linkage::kDistal;
 constexpr Curve3 kLittle{-20, -60, scale(2.0), affine(0.8, -24.0), affine(1.0, -12.0)};
 
 void floor_at(double& v, double floor) {
