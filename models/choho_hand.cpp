@@ -7,6 +7,7 @@
 #include "core/held_pinch.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
+#include "core/pinch_gates.h"
 #include "core/ruiyan_chain.h"
 #include "models/hands.h"
 
@@ -39,13 +40,9 @@ void pinch(TargetArray& out, bool* done) {
     HeldPinch index{done[0]};
     HeldPinch middle{done[1]};
 
-    const bool thumb_active = out[1] <= double(thumb_active_threshold.at_or_below) &&
-                              out[2] >= double(thumb_active_threshold.at_or_above);
-    const bool index_in_band = out[6] <= double(index_active_threshold.at_or_below) &&
-                               out[6] >= double(index_active_threshold.at_or_above);
-    const bool index_near_thumb =
-        out[1] + out[6] <= sum_of_upper_edges(thumb_active_threshold, index_active_threshold) &&
-        out[6] >= double(index_active_threshold.at_or_above);
+    const bool thumb_active = quil::thumb_active(out, thumb_active_threshold);
+    const bool index_in_band = quil::index_in_band(out, index_active_threshold);
+    const bool index_near_thumb = index_reaches(out, thumb_active_threshold, index_active_threshold);
     const bool thumb_not_spread = out[20] >= -20;
 
     if (index.runs(thumb_active && (index_in_band || index_near_thumb) && thumb_not_spread,

@@ -6,6 +6,7 @@
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
+#include "core/pinch_gates.h"
 #include "core/ruiyan_chain.h"
 #include "models/hands.h"
 
@@ -50,10 +51,9 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
     bool* latch = memory.fingerPinchDone;
     const double thumb_ref = *memory.thumb1_ref_val;
 
-    const bool thumb_active = out[1] <= double(kThumbActive.at_or_below) && out[2] >= double(kThumbActive.at_or_above);
-    const bool index_in_band = kIndexActive.within(out[6]);
-    const bool index_reach = out[1] + out[6] <= sum_of_upper_edges(kIndexActive, kThumbActive) &&
-                             out[6] >= double(kIndexActive.at_or_above);
+    const bool thumb_active = quil::thumb_active(out, kThumbActive);
+    const bool index_in_band = quil::index_in_band(out, kIndexActive);
+    const bool index_reach = index_reaches(out, kThumbActive, kIndexActive);
     const bool rotation_open = out[20] >= -20;
 
     bool index_engaged = false;

@@ -10,6 +10,7 @@
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
+#include "core/pinch_gates.h"
 #include "core/thumb_coupling.h"
 #include "models/hands.h"
 
@@ -45,9 +46,7 @@ constexpr ThresholdPair index_active_threshold{-40.0f, -75.0f};  // the index ba
 // out[3] go to the pinching finger's fixed targets. The finger is held no deeper than its own
 // pinch depth.
 void pinch_assist(TargetArray& out) {
-    if (!(out[1] <= double(thumb_active_threshold.at_or_below) &&
-          out[2] >= double(thumb_active_threshold.at_or_above)))
-        return;
+    if (!thumb_active(out, thumb_active_threshold)) return;
 
     // Index: inside its band, or close enough that thumb and index together reach the pinch.
     const bool index_in_band = index_active_threshold.within(out[6]);

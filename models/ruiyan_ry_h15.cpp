@@ -6,6 +6,7 @@
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
+#include "core/pinch_gates.h"
 #include "core/ruiyan_chain.h"
 #include "models/hands.h"
 
@@ -35,9 +36,7 @@ constexpr ThresholdPair index_active_threshold{-30.0f, -75.0f};
 
 // The pinch assist: index first, then middle, each with its latch in fingerPinchDone[0] and [1].
 void pinch(TargetArray& out, bool* done) {
-    if (!(out[1] <= double(thumb_active_threshold.at_or_below) &&
-          out[2] >= double(thumb_active_threshold.at_or_above)))
-        return;
+    if (!thumb_active(out, thumb_active_threshold)) return;
 
     const bool index_close = out[6] <= double(index_active_threshold.at_or_below) ||
                              out[1] + out[6] <= sum_of_upper_edges(thumb_active_threshold, index_active_threshold);

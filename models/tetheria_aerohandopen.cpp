@@ -11,6 +11,7 @@
 #include "core/held_pinch.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
+#include "core/pinch_gates.h"
 #include "core/ruiyan_chain.h"
 #include "models/hands.h"
 
@@ -77,12 +78,9 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
     const double thumb_bent = thumb_active_threshold.at_or_below;
     const bool thumb_active = (*memory.thumb2_ref_val <= thumb_bent || out[1] <= thumb_bent) &&
                               out[2] >= double(thumb_active_threshold.at_or_above);
-    const bool index_in_band = out[6] <= double(index_active_threshold.at_or_below) &&
-                               out[6] >= double(index_active_threshold.at_or_above);
-    const bool index_near_thumb =
-        out[1] + out[6] <= sum_of_upper_edges(thumb_active_threshold, index_active_threshold) &&
-        out[6] >= double(index_active_threshold.at_or_above) &&
-        out[6] <= double(index_active_threshold.at_or_below * 0.5f);
+    const bool index_in_band = quil::index_in_band(out, index_active_threshold);
+    const bool index_near_thumb = index_reaches(out, thumb_active_threshold, index_active_threshold) &&
+                                  out[6] <= double(index_active_threshold.at_or_below * 0.5f);
     const bool thumb_not_spread = out[20] >= -20;
 
     if (index.runs(thumb_active && (index_in_band || index_near_thumb) && thumb_not_spread,
