@@ -8,6 +8,7 @@
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
+#include "core/pinch_gates.h"
 #include "core/ruiyan_chain.h"
 #include "models/hands.h"
 
@@ -90,9 +91,8 @@ void joint_chain(TargetArray& out) {
 
 // Index pinch: the index in its window, or thumb and index together far enough in.
 void index_pinch(TargetArray& out, bool& held) {
-    const bool in_window = kIndexActive.within(out[6]);
-    const bool reaching = out[1] + out[6] <= sum_of_upper_edges(kThumbActive, kIndexActive) &&
-                          out[6] >= kIndexActive.at_or_above;
+    const bool in_window = index_in_band(out, kIndexActive);
+    const bool reaching = index_reaches(out, kThumbActive, kIndexActive);
     if (!(out[20] >= -20 && (in_window || reaching))) return;
     if (held) {
         out[6] = pinch_toward(out[6], -41, 0.5f, 10.0f);
@@ -126,7 +126,7 @@ bool middle_pinch(TargetArray& out, bool& held) {
 // The index and middle pinches run one after the other when both apply; the ring and little
 // pinches are not latched.
 void pinch_assist(TargetArray& out, bool* pinch_done) {
-    if (!(out[1] <= kThumbActive.at_or_below && out[2] >= kThumbActive.at_or_above)) return;
+    if (!thumb_active(out, kThumbActive)) return;
     index_pinch(out, pinch_done[0]);
     const bool middle = middle_pinch(out, pinch_done[1]);
     if (!middle && out[6] > -40 && out[10] > -40 && out[14] < -30 && out[18] > -40) {

@@ -6,6 +6,7 @@
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
+#include "core/pinch_gates.h"
 #include "models/hands.h"
 
 double Quil_linear::AgiBot_OmniHand_O12::weight[228] = QUIL_COMMON_WEIGHT;
@@ -22,7 +23,7 @@ constexpr ThresholdPair kIndexActive{-35.0f, -70.0f};
 // reaching for a finger; the bending finger decides which pinch pose is taken. A later pose
 // overwrites an earlier one in the same sample.
 void pinch_poses(TargetArray& out) {
-    if (!(out[1] <= kThumbActive.at_or_below && out[2] >= kThumbActive.at_or_above)) return;
+    if (!thumb_active(out, kThumbActive)) return;
     if (kIndexActive.within(out[6])) {
         out[0] = 0; out[1] = -37; out[2] = -7; out[20] = -8; out[3] = -8;
         out[4] = 0; out[5] = -44; out[6] = -39;

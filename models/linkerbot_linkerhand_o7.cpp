@@ -49,11 +49,9 @@ void pinch_assist(TargetArray& out) {
     if (!thumb_active(out, thumb_active_threshold)) return;
 
     // Index: inside its band, or close enough that thumb and index together reach the pinch.
-    const bool index_in_band = index_active_threshold.within(out[6]);
-    const bool index_reaches =
-        out[1] + out[6] <= sum_of_upper_edges(thumb_active_threshold, index_active_threshold) &&
-        out[6] >= double(index_active_threshold.at_or_above);
-    if ((index_in_band || index_reaches) && out[20] >= -20) {
+    const bool in_band = index_in_band(out, index_active_threshold);
+    const bool reaching = index_reaches(out, thumb_active_threshold, index_active_threshold);
+    if ((in_band || reaching) && out[20] >= -20) {
         out[2] = pinch_floor(out[2] * double(1.3f), -58);
         out[20] = -4;
         out[3] = 30;
