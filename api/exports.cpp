@@ -43,5 +43,5 @@ QUIL_EXPORT void FreeMemory(double* p) { delete[] p; }
 #define QUIL_MODEL(hand, version, buffer, keeps_state)                      \
     QUIL_EXPORT_##buffer(hand, version)                                     \
     QUIL_EXPORT const char* hand##_GetVersion(void) { return version; }
-#include "api/model_list.h"
+#include "models/hand_list.h"
 #undef QUIL_MODEL

@@ -55,12 +55,6 @@ inline double truncate_int32(double s) {
     return in_range ? r : -2147483648.0;
 }
 
-// One hand's coefficient tables, read where the hand class keeps them.
-struct Coefficients {
-    const double* weight;  // 19 x 12, row-major, in hundredths
-    const double* w0;      // 19 row offsets
-};
-
 namespace detail {
 // Two doubles side by side (GCC/Clang vector extension): the quantisation below runs two rows
 // per instruction. Each lane rounds exactly as the scalar operation does.

@@ -12,28 +12,39 @@
 #include "core/ruiyan_chain.h"
 #include "models/hands.h"
 
-double Quil_linear::AgiBot_OmniHand_O10::weight[228] = {
-     -85.0,  -20.0,   10.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    5.0,    0.0,    5.0,  // p0
-     -75.0,  -30.0,   10.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    5.0,    0.0,    5.0,  // p1
-     -15.0,  -55.0,  -40.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,   10.0,  // p2
-       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p3
-       0.0,    0.0,    0.0,  -95.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p4
-       0.0,    0.0,    0.0,  -90.0,    5.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p5
-       0.0,   -3.0,    0.0,    0.0,   35.0,    0.0,    0.0,   -3.0,    0.0,    0.0,   -6.0,   -3.0,  // p6
-       0.0,    1.0,    0.0,    0.0,    0.0,    0.0,  -95.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p7
-       0.0,    1.0,    0.0,    0.0,    5.0,    0.0,  -90.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p8
-       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p9
-       0.0,   -5.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0, -120.0,    0.0,    0.0,  // p10
-       0.0,   -5.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  -90.0,    5.0,    0.0,  // p11
-       0.0,    0.0,    0.0,    0.0,   -3.0,    0.0,    0.0,   40.0,    0.0,    0.0,  -20.0,    0.0,  // p12
-       0.0,   -2.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0, -140.0,  // p13
-       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0, -110.0,  // p14
-       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,   10.0,    0.0,    0.0,   40.0,    0.0,  // p15
-       5.0,  -40.0,  -30.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,   10.0,  // p16
-       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p17
-       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p18
+// Rows p0..p18, columns x0..x11, in hundredths.
+#define HAND_WEIGHT {                                                                     \
+     -85.0,  -20.0,   10.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    5.0,    0.0,    5.0,  /* p0 */ \
+     -75.0,  -30.0,   10.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    5.0,    0.0,    5.0,  /* p1 */ \
+     -15.0,  -55.0,  -40.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,   10.0,  /* p2 */ \
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p3 */ \
+       0.0,    0.0,    0.0,  -95.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p4 */ \
+       0.0,    0.0,    0.0,  -90.0,    5.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p5 */ \
+       0.0,   -3.0,    0.0,    0.0,   35.0,    0.0,    0.0,   -3.0,    0.0,    0.0,   -6.0,   -3.0,  /* p6 */ \
+       0.0,    1.0,    0.0,    0.0,    0.0,    0.0,  -95.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p7 */ \
+       0.0,    1.0,    0.0,    0.0,    5.0,    0.0,  -90.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p8 */ \
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p9 */ \
+       0.0,   -5.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0, -120.0,    0.0,    0.0,  /* p10 */ \
+       0.0,   -5.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  -90.0,    5.0,    0.0,  /* p11 */ \
+       0.0,    0.0,    0.0,    0.0,   -3.0,    0.0,    0.0,   40.0,    0.0,    0.0,  -20.0,    0.0,  /* p12 */ \
+       0.0,   -2.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0, -140.0,  /* p13 */ \
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0, -110.0,  /* p14 */ \
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,   10.0,    0.0,    0.0,   40.0,    0.0,  /* p15 */ \
+       5.0,  -40.0,  -30.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,   10.0,  /* p16 */ \
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p17 */ \
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
+}
+#define HAND_W0 {0.0, 0.0, 0.0, 30.0, 0.0, 1.0, 1.0, 0.0, 1.0, 1.0, 0.0, 1.0, 1.0, 0.0, 1.0, 1.0, 0.0, 0.0, 0.0}
+QUIL_DEFINE_COEFFICIENTS(AgiBot_OmniHand_O10, HAND_WEIGHT, HAND_W0)
+#undef HAND_WEIGHT
+#undef HAND_W0
+
+// What the rules drive in each output slot.
+const quil::SlotRoles quil::hands::AgiBot_OmniHand_O10_slot_roles = {
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
 };
-double Quil_linear::AgiBot_OmniHand_O10::w0[19] = {0.0, 0.0, 0.0, 30.0, 0.0, 1.0, 1.0, 0.0, 1.0, 1.0, 0.0, 1.0, 1.0, 0.0, 1.0, 1.0, 0.0, 0.0, 0.0};
 
 namespace {
 
@@ -145,10 +156,9 @@ void pinch_assist(TargetArray& out, bool* pinch_done) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::AgiBot_OmniHand_O10(const InputAngles& in, const MemoryRef& memory) {
-    using Hand = Quil_linear::AgiBot_OmniHand_O10;
+quil::TargetArray quil::hands::AgiBot_OmniHand_O10(const InputAngles& in, const MemoryRef& memory, const Coefficients& tables) {
     TargetArray out{};
-    const int k = run_linear_stage<kStandardRows>(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, out);
+    const int k = run_linear_stage<kStandardRows>(in, Clamp::passes_nan, tables, out);
     if (k <= 22) return TargetArray{};
     joint_chain(out);
     pinch_assist(out, memory.fingerPinchDone);
@@ -167,6 +177,7 @@ quil::TargetArray quil::hands::AgiBot_OmniHand_O10(const InputAngles& in, const 
 quil::TargetArray Quil_linear::AgiBot_OmniHand_O10::GetDataValue(QUIL_TWELVE_PARAMS) {
     static bool fingerPinchDone[4] = {};
     return quil::hands::AgiBot_OmniHand_O10(quil::make_inputs(QUIL_TWELVE_ARGS),
-                                            quil::MemoryRef{fingerPinchDone, nullptr, nullptr});
+                                            quil::MemoryRef{fingerPinchDone, nullptr, nullptr},
+                                            QUIL_CLASS_TABLES(AgiBot_OmniHand_O10));
 }
 QUIL_DEFINE_GET_DATA1(AgiBot_OmniHand_O10)

@@ -9,8 +9,14 @@
 #include "core/pinch_gates.h"
 #include "models/hands.h"
 
-double Quil_linear::AgiBot_OmniHand_O12::weight[228] = QUIL_COMMON_WEIGHT;
-double Quil_linear::AgiBot_OmniHand_O12::w0[19] = QUIL_COMMON_W0;
+QUIL_DEFINE_COEFFICIENTS(AgiBot_OmniHand_O12, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+
+// What the rules drive in each output slot.
+const quil::SlotRoles quil::hands::AgiBot_OmniHand_O12_slot_roles = {
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+};
 
 namespace {
 
@@ -47,10 +53,9 @@ void pinch_poses(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::AgiBot_OmniHand_O12(const InputAngles& in, const MemoryRef&) {
-    using Hand = Quil_linear::AgiBot_OmniHand_O12;
+quil::TargetArray quil::hands::AgiBot_OmniHand_O12(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
     TargetArray out;
-    const int k = run_linear_stage<kStandardRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
+    const int k = run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
     // A bent thumb lets its rotation go by 0.35 of the bend.
     banded_finger_chain::run(out, 0.35);
     pinch_poses(out);

@@ -10,8 +10,14 @@
 #include "core/ruiyan_chain.h"
 #include "models/hands.h"
 
-double Quil_linear::INSPIRE_ROBOTS_RH56F1_E4::weight[228] = QUIL_COMMON_WEIGHT;
-double Quil_linear::INSPIRE_ROBOTS_RH56F1_E4::w0[19] = QUIL_COMMON_W0;
+QUIL_DEFINE_COEFFICIENTS(INSPIRE_ROBOTS_RH56F1_E4, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+
+// What the rules drive in each output slot.
+const quil::SlotRoles quil::hands::INSPIRE_ROBOTS_RH56F1_E4_slot_roles = {
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+};
 bool Quil_linear::INSPIRE_ROBOTS_RH56F1_E4::fingerPinchDone[4] = {};
 double Quil_linear::INSPIRE_ROBOTS_RH56F1_E4::thumb1_ref_val = 0.0;
 
@@ -112,10 +118,9 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56F1_E4(const InputAngles& in, const MemoryRef& memory) {
-    using Hand = Quil_linear::INSPIRE_ROBOTS_RH56F1_E4;
+quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56F1_E4(const InputAngles& in, const MemoryRef& memory, const Coefficients& tables) {
     TargetArray out{};
-    ruiyan_chain::run_rows(in, {Hand::weight, Hand::w0}, out);
+    ruiyan_chain::run_rows(in, tables, out);
     // The RY_H15 joint chain: thumb rotation, thumb bands, finger gains, a bent middle finger
     // dragging ring, little and index along (they share drives on this hand), thumb relief.
     ruiyan_chain::thumb_and_fingers(out, kChain);

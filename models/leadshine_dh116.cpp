@@ -7,8 +7,14 @@
 #include "core/linear_stage.h"
 #include "models/hands.h"
 
-double Quil_linear::LeadShine_DH116::weight[228] = QUIL_COMMON_WEIGHT;
-double Quil_linear::LeadShine_DH116::w0[19] = QUIL_COMMON_W0;
+QUIL_DEFINE_COEFFICIENTS(LeadShine_DH116, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+
+// What the rules drive in each output slot.
+const quil::SlotRoles quil::hands::LeadShine_DH116_slot_roles = {
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+};
 
 namespace {
 
@@ -28,10 +34,9 @@ void pinch_poses(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::LeadShine_DH116(const InputAngles& in, const MemoryRef&) {
-    using Hand = Quil_linear::LeadShine_DH116;
+quil::TargetArray quil::hands::LeadShine_DH116(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
     TargetArray out;
-    const int k = run_linear_stage<kStandardRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
+    const int k = run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
     // A bent thumb lets its rotation go by only 0.15 of the bend.
     banded_finger_chain::run(out, 0.15);
     pinch_poses(out);

@@ -15,29 +15,39 @@
 #include "core/thumb_finger_chain.h"
 #include "models/hands.h"
 
-double Quil_linear::LINKERBOT_LinkerHand_L10::weight[228] = {
-     -85.0,  -20.0,   10.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    5.0,    0.0,    5.0,  // p0
-     -75.0,  -30.0,   10.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    5.0,    0.0,    5.0,  // p1
-       5.0,  -45.5,  -45.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,   10.0,  // p2
-       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p3
-       0.0,   -5.0,    0.0,  -85.0,    0.0,    0.0,   -5.0,    0.0,   -5.0,   -3.0,    0.0,   -3.0,  // p4
-       0.0,   -2.0,   -2.0,  -80.0,    5.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p5
-       0.0,   -3.0,    0.0,    0.0,   35.0,    0.0,    0.0,   -3.0,    0.0,    0.0,   -6.0,   -3.0,  // p6
-       0.0,    1.0,    0.0,    0.0,    0.0,    0.0,  -85.0,    0.0,   -5.0,   -5.0,    0.0,   -5.0,  // p7
-       0.0,    1.0,    0.0,    0.0,    5.0,    0.0,  -85.0,    0.0,   -2.0,   -2.0,    0.0,   -2.0,  // p8
-       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p9
-       0.0,   -5.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0, -140.0,    0.0,    0.0,  // p10
-       0.0,   -5.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  -90.0,    5.0,    0.0,  // p11
-       0.0,    0.0,    0.0,    0.0,   -3.0,    0.0,    0.0,   40.0,    0.0,    0.0,  -20.0,    0.0,  // p12
-       0.0,  -12.0,    0.0,    0.0,    0.0,   -5.0,    0.0,    0.0,    0.0,  -20.0,   30.0, -160.0,  // p13
-       0.0,    0.0,    0.0,    0.0,    0.0,   -5.0,    0.0,    0.0,    0.0,    0.0,   15.0, -100.0,  // p14
-       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,   10.0,    0.0,    0.0,   35.0,    0.0,  // p15
-       5.0,  -45.0,  -50.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,   10.0,  // p16
-       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p17
-       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  // p18
+// Rows p0..p18, columns x0..x11, in hundredths.
+#define HAND_WEIGHT {                                                                     \
+     -85.0,  -20.0,   10.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    5.0,    0.0,    5.0,  /* p0 */ \
+     -75.0,  -30.0,   10.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    5.0,    0.0,    5.0,  /* p1 */ \
+       5.0,  -45.5,  -45.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,   10.0,  /* p2 */ \
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p3 */ \
+       0.0,   -5.0,    0.0,  -85.0,    0.0,    0.0,   -5.0,    0.0,   -5.0,   -3.0,    0.0,   -3.0,  /* p4 */ \
+       0.0,   -2.0,   -2.0,  -80.0,    5.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p5 */ \
+       0.0,   -3.0,    0.0,    0.0,   35.0,    0.0,    0.0,   -3.0,    0.0,    0.0,   -6.0,   -3.0,  /* p6 */ \
+       0.0,    1.0,    0.0,    0.0,    0.0,    0.0,  -85.0,    0.0,   -5.0,   -5.0,    0.0,   -5.0,  /* p7 */ \
+       0.0,    1.0,    0.0,    0.0,    5.0,    0.0,  -85.0,    0.0,   -2.0,   -2.0,    0.0,   -2.0,  /* p8 */ \
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p9 */ \
+       0.0,   -5.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0, -140.0,    0.0,    0.0,  /* p10 */ \
+       0.0,   -5.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  -90.0,    5.0,    0.0,  /* p11 */ \
+       0.0,    0.0,    0.0,    0.0,   -3.0,    0.0,    0.0,   40.0,    0.0,    0.0,  -20.0,    0.0,  /* p12 */ \
+       0.0,  -12.0,    0.0,    0.0,    0.0,   -5.0,    0.0,    0.0,    0.0,  -20.0,   30.0, -160.0,  /* p13 */ \
+       0.0,    0.0,    0.0,    0.0,    0.0,   -5.0,    0.0,    0.0,    0.0,    0.0,   15.0, -100.0,  /* p14 */ \
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,   10.0,    0.0,    0.0,   35.0,    0.0,  /* p15 */ \
+       5.0,  -45.0,  -50.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,   10.0,  /* p16 */ \
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p17 */ \
+       0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
+}
+#define HAND_W0 {0.0, 0.0, 0.0, 30.0, 0.0, 1.0, 2.0, 0.0, 1.0, 2.0, 0.0, 0.0, 2.0, 0.0, 0.0, 2.0, 0.0, 0.0, 0.0}
+QUIL_DEFINE_COEFFICIENTS(LINKERBOT_LinkerHand_L10, HAND_WEIGHT, HAND_W0)
+#undef HAND_WEIGHT
+#undef HAND_W0
+
+// What the rules drive in each output slot.
+const quil::SlotRoles quil::hands::LINKERBOT_LinkerHand_L10_slot_roles = {
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
 };
-double Quil_linear::LINKERBOT_LinkerHand_L10::w0[19] = {0.0, 0.0, 0.0, 30.0, 0.0, 1.0, 2.0, 0.0, 1.0, 2.0,
-                                                        0.0, 0.0, 2.0, 0.0, 0.0, 2.0, 0.0, 0.0, 0.0};
 
 namespace {
 
@@ -48,15 +58,14 @@ constexpr int kFullEmission = 23;
 
 }  // namespace
 
-quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L10(const InputAngles& in, const MemoryRef&) {
-    using Hand = Quil_linear::LINKERBOT_LinkerHand_L10;
+quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L10(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
     constexpr ThresholdPair thumb_active_threshold{-40.0f, -70.0f};
     constexpr ThresholdPair index_active_threshold{-40.0f, -75.0f};
 
     // The hand is driven from a working copy that becomes the whole result, or all zeros if
     // the rows did not fill the targets (the rules below address every slot up to 22).
     TargetArray out;
-    const int k = run_linear_stage<kStandardRows>(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, out);
+    const int k = run_linear_stage<kStandardRows>(in, Clamp::passes_nan, tables, out);
     if (k < kFullEmission) {
         TargetArray zeros;
         zeros.fill(0.0);

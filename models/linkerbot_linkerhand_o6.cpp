@@ -11,8 +11,14 @@
 #include "core/thumb_coupling.h"
 #include "models/hands.h"
 
-double Quil_linear::LINKERBOT_LinkerHand_O6::weight[228] = QUIL_COMMON_WEIGHT;
-double Quil_linear::LINKERBOT_LinkerHand_O6::w0[19] = QUIL_COMMON_W0;
+QUIL_DEFINE_COEFFICIENTS(LINKERBOT_LinkerHand_O6, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+
+// What the rules drive in each output slot.
+const quil::SlotRoles quil::hands::LINKERBOT_LinkerHand_O6_slot_roles = {
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+};
 
 namespace {
 
@@ -57,10 +63,9 @@ void pinch_assist(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O6(const InputAngles& in, const MemoryRef&) {
-    using Hand = Quil_linear::LINKERBOT_LinkerHand_O6;
+quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O6(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
     TargetArray out;
-    run_linear_stage<kStandardRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
+    run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
 
     kRotation.apply(out[3], out[2]);
     if (out[7] > 30) out[7] = 30;

@@ -14,8 +14,14 @@
 #include "core/thumb_coupling.h"
 #include "models/hands.h"
 
-double Quil_linear::LINKERBOT_LinkerHand_O7::weight[228] = QUIL_COMMON_WEIGHT;
-double Quil_linear::LINKERBOT_LinkerHand_O7::w0[19] = QUIL_COMMON_W0;
+QUIL_DEFINE_COEFFICIENTS(LINKERBOT_LinkerHand_O7, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+
+// What the rules drive in each output slot.
+const quil::SlotRoles quil::hands::LINKERBOT_LinkerHand_O7_slot_roles = {
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+};
 
 namespace {
 
@@ -81,11 +87,10 @@ void pinch_assist(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O7(const InputAngles& in, const MemoryRef&) {
-    using Hand = Quil_linear::LINKERBOT_LinkerHand_O7;
+quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O7(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
     TargetArray out;
     out.fill(0.0);
-    run_linear_stage<kStandardRows>(in, Clamp::passes_nan, {Hand::weight, Hand::w0}, out);
+    run_linear_stage<kStandardRows>(in, Clamp::passes_nan, tables, out);
 
     kRotation.apply(out[3], out[2]);
     // The rotation also follows the thumb tip and first joint directly.

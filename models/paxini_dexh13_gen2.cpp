@@ -12,8 +12,14 @@
 #include "core/linear_stage.h"
 #include "models/hands.h"
 
-double Quil_linear::PaXini_DexH13_GEN2::weight[228] = QUIL_COMMON_WEIGHT;
-double Quil_linear::PaXini_DexH13_GEN2::w0[19] = QUIL_COMMON_W0;
+QUIL_DEFINE_COEFFICIENTS(PaXini_DexH13_GEN2, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+
+// What the rules drive in each output slot.
+const quil::SlotRoles quil::hands::PaXini_DexH13_GEN2_slot_roles = {
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+};
 
 namespace {
 
@@ -86,10 +92,9 @@ void apply_contact_poses(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::PaXini_DexH13_GEN2(const InputAngles& in, const MemoryRef&) {
-    using Hand = Quil_linear::PaXini_DexH13_GEN2;
+quil::TargetArray quil::hands::PaXini_DexH13_GEN2(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
     TargetArray out;
-    run_linear_stage<kStandardRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
+    run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
 
     if (out[7] > 30) out[7] = 30;
     if (out[15] > 20) out[15] = 20;

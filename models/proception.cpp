@@ -12,8 +12,14 @@
 #include "models/hands.h"
 #include "models/quil_linear_ag_coefficients.h"
 
-double Quil_linear::Proception::weight[228] = QUIL_AG_WEIGHT;
-double Quil_linear::Proception::w0[19] = QUIL_AG_W0;
+QUIL_DEFINE_COEFFICIENTS(Proception, QUIL_AG_WEIGHT, QUIL_AG_W0)
+
+// What the rules drive in each output slot.
+const quil::SlotRoles quil::hands::Proception_slot_roles = {
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+};
 
 namespace {
 
@@ -53,10 +59,9 @@ bool gate(double v, int side, double at) { return side == 0 || (side > 0 ? v > a
 
 }  // namespace
 
-quil::TargetArray quil::hands::Proception(const InputAngles& in, const MemoryRef&) {
-    using Hand = Quil_linear::Proception;
+quil::TargetArray quil::hands::Proception(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
     TargetArray out;
-    run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
+    run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     if (out[7] > 30) out[7] = 30;
     if (out[15] > 20) out[15] = 20;

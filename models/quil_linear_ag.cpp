@@ -7,8 +7,14 @@
 #include "models/hands.h"
 #include "models/quil_linear_ag_coefficients.h"
 
-double Quil_linear::QUIL_linear_AG::weight[228] = QUIL_AG_WEIGHT;
-double Quil_linear::QUIL_linear_AG::w0[19] = QUIL_AG_W0;
+QUIL_DEFINE_COEFFICIENTS(QUIL_linear_AG, QUIL_AG_WEIGHT, QUIL_AG_W0)
+
+// What the rules drive in each output slot.
+const quil::SlotRoles quil::hands::QUIL_linear_AG_slot_roles = {
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+};
 
 namespace {
 
@@ -25,10 +31,9 @@ constexpr RowRules kRows = RowRules{}
 
 }  // namespace
 
-quil::TargetArray quil::hands::QUIL_linear_AG(const InputAngles& in, const MemoryRef&) {
-    using Hand = Quil_linear::QUIL_linear_AG;
+quil::TargetArray quil::hands::QUIL_linear_AG(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
     TargetArray out;
-    run_linear_stage<kRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
+    run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     // An open thumb tip rotates the thumb in and lowers its first joint; a bent one rotates it
     // out, but not below 20.

@@ -10,8 +10,14 @@
 #include "core/ruiyan_chain.h"
 #include "models/hands.h"
 
-double Quil_linear::RUIYAN_RY_H15::weight[228] = QUIL_COMMON_WEIGHT;
-double Quil_linear::RUIYAN_RY_H15::w0[19] = QUIL_COMMON_W0;
+QUIL_DEFINE_COEFFICIENTS(RUIYAN_RY_H15, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+
+// What the rules drive in each output slot.
+const quil::SlotRoles quil::hands::RUIYAN_RY_H15_slot_roles = {
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+};
 bool Quil_linear::RUIYAN_RY_H15::fingerPinchDone[4] = {};
 
 namespace {
@@ -77,10 +83,9 @@ void pinch(TargetArray& out, bool* done) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::RUIYAN_RY_H15(const InputAngles& in, const MemoryRef& memory) {
-    using Hand = Quil_linear::RUIYAN_RY_H15;
+quil::TargetArray quil::hands::RUIYAN_RY_H15(const InputAngles& in, const MemoryRef& memory, const Coefficients& tables) {
     TargetArray out;
-    if (ruiyan_chain::run_rows(in, {Hand::weight, Hand::w0}, out) <= 22) {
+    if (ruiyan_chain::run_rows(in, tables, out) <= 22) {
         // A short emission would leave the hand half-set; the rows always emit 23 values.
         out.fill(0.0);
         return out;

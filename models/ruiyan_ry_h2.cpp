@@ -9,8 +9,14 @@
 #include "core/linear_stage.h"
 #include "models/hands.h"
 
-double Quil_linear::RUIYAN_RY_H2::weight[228] = QUIL_COMMON_WEIGHT;
-double Quil_linear::RUIYAN_RY_H2::w0[19] = QUIL_COMMON_W0;
+QUIL_DEFINE_COEFFICIENTS(RUIYAN_RY_H2, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+
+// What the rules drive in each output slot.
+const quil::SlotRoles quil::hands::RUIYAN_RY_H2_slot_roles = {
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+};
 
 namespace {
 
@@ -76,10 +82,9 @@ void pinch_poses(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::RUIYAN_RY_H2(const InputAngles& in, const MemoryRef&) {
-    using Hand = Quil_linear::RUIYAN_RY_H2;
+quil::TargetArray quil::hands::RUIYAN_RY_H2(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
     TargetArray out;
-    const int k = run_linear_stage<kStandardRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
+    const int k = run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
     joint_chain(out);
     pinch_poses(out);
     out[k] = -1.0;

@@ -10,8 +10,14 @@
 #include "core/spread_coupling.h"
 #include "models/hands.h"
 
-double Quil_linear::TalentRobot_Pro::weight[228] = QUIL_COMMON_WEIGHT;
-double Quil_linear::TalentRobot_Pro::w0[19] = QUIL_COMMON_W0;
+QUIL_DEFINE_COEFFICIENTS(TalentRobot_Pro, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+
+// What the rules drive in each output slot.
+const quil::SlotRoles quil::hands::TalentRobot_Pro_slot_roles = {
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+};
 
 namespace {
 
@@ -67,10 +73,9 @@ void pinch_poses(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::TalentRobot_Pro(const InputAngles& in, const MemoryRef&) {
-    using Hand = Quil_linear::TalentRobot_Pro;
+quil::TargetArray quil::hands::TalentRobot_Pro(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
     TargetArray out;
-    const int k = run_linear_stage<kStandardRows>(in, Clamp::min_max, {Hand::weight, Hand::w0}, out);
+    const int k = run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
 
     // The little finger's spread turns the thumb before the spread itself is limited.
     rotate_thumb_with_little_spread(out, 1.5);

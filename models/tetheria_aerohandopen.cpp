@@ -15,8 +15,14 @@
 #include "core/ruiyan_chain.h"
 #include "models/hands.h"
 
-double Quil_linear::TetherIA_AeroHandOpen::weight[228] = QUIL_COMMON_WEIGHT;
-double Quil_linear::TetherIA_AeroHandOpen::w0[19] = QUIL_COMMON_W0;
+QUIL_DEFINE_COEFFICIENTS(TetherIA_AeroHandOpen, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+
+// What the rules drive in each output slot.
+const quil::SlotRoles quil::hands::TetherIA_AeroHandOpen_slot_roles = {
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+};
 bool Quil_linear::TetherIA_AeroHandOpen::fingerPinchDone[4] = {};
 double Quil_linear::TetherIA_AeroHandOpen::thumb1_ref_val = 0.0;
 double Quil_linear::TetherIA_AeroHandOpen::thumb2_ref_val = 0.0;
@@ -144,10 +150,9 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::TetherIA_AeroHandOpen(const InputAngles& in, const MemoryRef& memory) {
-    using Hand = Quil_linear::TetherIA_AeroHandOpen;
+quil::TargetArray quil::hands::TetherIA_AeroHandOpen(const InputAngles& in, const MemoryRef& memory, const Coefficients& tables) {
     TargetArray out;
-    if (ruiyan_chain::run_rows(in, {Hand::weight, Hand::w0}, out) <= 22) {
+    if (ruiyan_chain::run_rows(in, tables, out) <= 22) {
         // A short emission would leave the hand half-set; the rows always emit 23 values.
         out.fill(0.0);
         return out;

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <limits>
 
-#include "api/registry.h"
+#include "models/catalogue.h"
 #include "core/records.h"
 #include "models/hands.h"
 

@@ -1,5 +1,7 @@
 #include "map_session.h"
 
+#include <new>
+
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -47,13 +49,20 @@ struct SkippedRows {
 // Feeds samples through one hand, in order, through one memory, as a live host would.
 class Mapper {
   public:
-    explicit Mapper(const ModelInfo& model) : model_(model), ref_(memory_.ref()) {}
-    TargetArray operator()(const InputAngles& in) { return model_.map(in, ref_); }
+    explicit Mapper(const quil_hand_info& model) : hand_(quil_hand_open(model.name)) {
+        if (!hand_) throw std::bad_alloc();
+    }
+    Mapper(const Mapper&) = delete;
+    Mapper& operator=(const Mapper&) = delete;
+    ~Mapper() { quil_hand_close(hand_); }
+    TargetArray operator()(const InputAngles& in) {
+        TargetArray t;
+        quil_hand_map(hand_, in.x.data(), t.data());
+        return t;
+    }
 
   private:
-    const ModelInfo& model_;
-    HandMemory memory_;
-    MemoryRef ref_;
+    quil_hand* hand_;
 };
 
 // The parts of the run that both formats share: the mapping, the output, the plot and the

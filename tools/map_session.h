@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-#include "api/registry.h"
+#include "quil_linear/hand.h"
 
 namespace quil::retarget {
 
@@ -20,7 +20,7 @@ enum ExitStatus {
 enum class Format { csv, f64 };
 
 struct MapOptions {
-    const ModelInfo* model = nullptr;
+    const quil_hand_info* model = nullptr;
     std::string input;   // "" or "-": standard input
     std::string output;  // "" or "-": standard output
     std::string plot;    // SVG file to write, "" for none

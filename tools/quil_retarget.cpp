@@ -9,7 +9,6 @@
 #include <string_view>
 #include <vector>
 
-#include "api/registry.h"
 #include "map_session.h"
 
 #ifndef QUIL_RETARGET_VERSION
@@ -78,17 +77,18 @@ int usage_error(const std::string& message) {
 }
 
 int list_models() {
-    const auto& models = quil::all_models();
     std::size_t name_w = 5, version_w = 7;
-    for (const auto& m : models) {
-        name_w = std::max(name_w, std::strlen(m.name));
-        version_w = std::max(version_w, std::strlen(m.version));
+    for (std::size_t i = 0; i < quil_hand_count(); ++i) {
+        name_w = std::max(name_w, std::strlen(quil_hand_at(i)->name));
+        version_w = std::max(version_w, std::strlen(quil_hand_at(i)->version));
     }
     const int nw = static_cast<int>(name_w), vw = static_cast<int>(version_w);
     std::printf("%-*s  %-*s  %-10s  %s\n", nw, "MODEL", vw, "VERSION", "BUFFER", "STATE");
-    for (const auto& m : models)
-        std::printf("%-*s  %-*s  %-10s  %s\n", nw, m.name, vw, m.version, quil::buffer_kind_name(m.buffer),
-                    m.keeps_state ? "keeps state" : "stateless");
+    for (std::size_t i = 0; i < quil_hand_count(); ++i) {
+        const quil_hand_info& m = *quil_hand_at(i);
+        std::printf("%-*s  %-*s  %-10s  %s\n", nw, m.name, vw, m.version,
+                    m.persistent_buffer ? "persistent" : "per-call", m.keeps_state ? "keeps state" : "stateless");
+    }
     return std::fflush(stdout) == 0 && !std::ferror(stdout) ? kExitOk : kExitIo;
 }
 
@@ -142,10 +142,12 @@ int map_command(int argc, char** argv) {
         }
     }
     if (model.empty()) return usage_error("map needs --model NAME (see 'quil-retarget list')");
-    options.model = quil::find_model(model);
+    options.model = quil_hand_find(model.c_str());
     if (!options.model) {
         std::string names;
-        for (const std::string& n : quil::closest_model_names(model, 3)) names += (names.empty() ? "" : ", ") + n;
+        const quil_hand_info* close[3];
+        const std::size_t n = quil_hand_suggest(model.c_str(), close, 3);
+        for (std::size_t i = 0; i < n; ++i) names += (names.empty() ? "" : ", ") + std::string(close[i]->name);
         return usage_error("unknown model '" + model + "'; closest: " + names + " (all: 'quil-retarget list')");
     }
     if (format == "csv") options.format = Format::csv;

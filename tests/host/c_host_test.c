@@ -21,7 +21,7 @@ static const struct hand {
     int keeps_state;
 } hands[] = {
 #define QUIL_MODEL(hand, version, buffer, keeps_state) {#hand, version, buffer, keeps_state},
-#include "api/model_list.h"
+#include "models/hand_list.h"
 #undef QUIL_MODEL
 };
 enum { hand_count = sizeof hands / sizeof hands[0] };

@@ -6,14 +6,14 @@ namespace {
 using namespace quil;
 using namespace quil::test;
 
-template <TargetArray (*Hand)(const InputAngles&, const MemoryRef&)>
+template <TargetArray (*Hand)(const InputAngles&, const MemoryRef&, const Coefficients&), const Coefficients& tables>
 TargetArray run(const InputAngles& in) {
     HandMemory none;
-    return Hand(in, none.ref());
+    return Hand(in, none.ref(), tables);
 }
-constexpr auto AD = run<hands::QUIL_linear_AD>;
-constexpr auto AE = run<hands::QUIL_linear_AE>;
-constexpr auto AG = run<hands::QUIL_linear_AG>;
+constexpr auto AD = run<hands::QUIL_linear_AD, hands::QUIL_linear_AD_coefficients>;
+constexpr auto AE = run<hands::QUIL_linear_AE, hands::QUIL_linear_AE_coefficients>;
+constexpr auto AG = run<hands::QUIL_linear_AG, hands::QUIL_linear_AG_coefficients>;
 
 TEST(QuilLinearInHouse, OpenHandPoses) {
     struct Case {

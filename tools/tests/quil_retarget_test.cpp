@@ -23,7 +23,7 @@
 #include <string>
 #include <vector>
 
-#include "api/registry.h"
+#include "quil_linear/hand.h"
 #include "retarget_io.h"
 
 namespace {
@@ -129,7 +129,8 @@ TEST(QuilRetarget, EveryModelGivesTheExportsTargetsBitForBitInCsvAndF64) {
     write_file("session.csv", csv);
     write_file("session.f64", f64);
 
-    for (const quil::ModelInfo& m : quil::all_models()) {
+    for (std::size_t h = 0; h < quil_hand_count(); ++h) {
+        const quil_hand_info& m = *quil_hand_at(h);
         SCOPED_TRACE(m.name);
         auto fn = reinterpret_cast<ExportFn>(dlsym(lib, (std::string(m.name) + "_GetDataValue").c_str()));
         ASSERT_NE(fn, nullptr);
@@ -137,7 +138,7 @@ TEST(QuilRetarget, EveryModelGivesTheExportsTargetsBitForBitInCsvAndF64) {
         for (const auto& s : samples) {
             double* p = fn(s[0], s[1], s[2], s[3], s[4], s[5], s[6], s[7], s[8], s[9], s[10], s[11]);
             expected.insert(expected.end(), p, p + 24);
-            if (m.buffer == quil::BufferKind::per_call) free_memory(p);
+            if (!m.persistent_buffer) free_memory(p);
         }
 
         const Result c = run(std::string("map --model ") + m.name + " session.csv -o out.csv");
@@ -296,13 +297,14 @@ TEST(QuilRetarget, EmptyInputGivesOnlyTheHeading) {
 TEST(QuilRetarget, CommandLineNamesModelsAndRefusesMistakes) {
     const Result list = run("list");
     EXPECT_EQ(list.status, 0);
-    for (const quil::ModelInfo& m : quil::all_models()) {
+    for (std::size_t h = 0; h < quil_hand_count(); ++h) {
+        const quil_hand_info& m = *quil_hand_at(h);
         std::string line;
         for (const std::string& l : split(list.out, '\n'))
             if (l.rfind(std::string(m.name) + " ", 0) == 0) line = l;
         ASSERT_FALSE(line.empty()) << m.name;
         EXPECT_NE(line.find(m.version), std::string::npos) << line;
-        EXPECT_NE(line.find(quil::buffer_kind_name(m.buffer)), std::string::npos) << line;
+        EXPECT_NE(line.find(m.persistent_buffer ? "persistent" : "per-call"), std::string::npos) << line;
         EXPECT_NE(line.find(m.keeps_state ? "keeps state" : "stateless"), std::string::npos) << line;
     }
 

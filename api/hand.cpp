@@ -1,0 +1,284 @@
+// The hand API of quil_linear/hand.h: one handle per glove, each with its own memory, over the
+// same mappings as the C exports.
+#include "quil_linear/hand.h"
+
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <new>
+#include <string_view>
+
+#include "models/catalogue.h"
+
+struct quil_hand {
+    const quil::HandModel* model;
+    const quil_hand_info* info;
+    quil::HandMemory memory;
+    double last_finite[12];  // per channel, the last finite reading seen; 0.0 before the first
+    int dropout;
+};
+
+namespace {
+
+using quil::HandModel;
+using quil::kHandCount;
+using quil::kHandModels;
+
+const std::array<quil_hand_info, kHandCount>& infos() {
+    static const std::array<quil_hand_info, kHandCount> table = [] {
+        std::array<quil_hand_info, kHandCount> t{};
+        for (std::size_t i = 0; i < kHandCount; ++i) {
+            const HandModel& m = kHandModels[i];
+            t[i].name = m.name;
+            t[i].version = m.version;
+            t[i].keeps_state = m.keeps_state ? 1 : 0;
+            t[i].persistent_buffer = m.buffer == quil::BufferKind::persistent ? 1 : 0;
+            for (std::size_t s = 0; s < 24; ++s) t[i].slot_roles[s] = (*m.slot_roles)[s];
+        }
+        return t;
+    }();
+    return table;
+}
+
+const quil_hand_info* info_of(const HandModel* m) {
+    return m ? &infos()[static_cast<std::size_t>(m - kHandModels)] : nullptr;
+}
+
+void start_up(quil_hand& h) {
+    h.memory = quil::HandMemory{};
+    for (double& r : h.last_finite) r = 0.0;
+}
+
+// One sample through the handle: note the finite readings, hold the others if asked, map.
+inline void map_one(quil_hand& h, const double* readings, double* targets) {
+    quil::InputAngles in;
+    for (int i = 0; i < 12; ++i) {
+        double x = readings[i];
+        if (std::isfinite(x))
+            h.last_finite[i] = x;
+        else if (h.dropout == QUIL_DROPOUT_HOLD)
+            x = h.last_finite[i];
+        in.x[i] = x;
+    }
+    // The mapping's result is built directly in the caller's 24 doubles.
+    static_assert(sizeof(quil::TargetArray) == sizeof(double) * 24, "24 packed doubles");
+    new (targets) quil::TargetArray(h.model->map(in, h.memory.ref(), *h.model->published));
+}
+
+// ---- The saved state: a fixed little-endian record.
+//   0  4  magic "QLHS"
+//   4  2  format version (1)
+//   6  2  record size (164)
+//   8 32  hand name, NUL-padded
+//  40  1  dropout policy
+//  41  4  pinch latches, 0 or 1 each
+//  45  3  zero
+//  48  8  thumb1 reference (IEEE double)
+//  56  8  thumb2 reference
+//  64 96  last finite reading of x0..x11
+// 160  4  CRC-32 of bytes 0..159
+constexpr unsigned char kMagic[4] = {'Q', 'L', 'H', 'S'};
+constexpr std::uint16_t kFormatVersion = 1;
+constexpr std::size_t kNameField = 32;
+constexpr std::size_t kStateSize = 164;
+constexpr std::size_t kCrcAt = 160;
+
+#define QUIL_MODEL(hand, version, buffer, keeps_state) \
+    static_assert(sizeof(#hand) <= kNameField, "a hand name must fit the state's name field");
+#include "models/hand_list.h"
+#undef QUIL_MODEL
+
+std::uint32_t crc32(const unsigned char* p, std::size_t n) {
+    std::uint32_t c = 0xFFFFFFFFu;
+    for (std::size_t i = 0; i < n; ++i) {
+        c ^= p[i];
+        for (int b = 0; b < 8; ++b) c = (c >> 1) ^ (0xEDB88320u & (0u - (c & 1u)));
+    }
+    return ~c;
+}
+
+void put_le(unsigned char* p, std::uint64_t v, int bytes) {
+    for (int i = 0; i < bytes; ++i) p[i] = static_cast<unsigned char>(v >> (8 * i));
+}
+
+std::uint64_t get_le(const unsigned char* p, int bytes) {
+    std::uint64_t v = 0;
+    for (int i = 0; i < bytes; ++i) v |= static_cast<std::uint64_t>(p[i]) << (8 * i);
+    return v;
+}
+
+void put_double(unsigned char* p, double d) {
+    std::uint64_t v;
+    std::memcpy(&v, &d, sizeof v);
+    put_le(p, v, 8);
+}
+
+double get_double(const unsigned char* p) {
+    const std::uint64_t v = get_le(p, 8);
+    double d;
+    std::memcpy(&d, &v, sizeof d);
+    return d;
+}
+
+// What a state holds once read and checked.
+struct DecodedState {
+    const HandModel* model;
+    int dropout;
+    bool latches[4];
+    double thumb1, thumb2;
+    double last_finite[12];
+};
+
+int decode_state(const void* state, std::size_t size, DecodedState& d) {
+    if (!state) return QUIL_E_NULL;
+    const auto* p = static_cast<const unsigned char*>(state);
+    if (std::memcmp(p, kMagic, size < 4 ? size : 4) != 0) return QUIL_E_STATE_NOT_A_STATE;
+    if (size < 8) return QUIL_E_STATE_TRUNCATED;
+    if (get_le(p + 4, 2) != kFormatVersion) return QUIL_E_STATE_VERSION;
+    if (get_le(p + 6, 2) != kStateSize) return QUIL_E_STATE_DAMAGED;
+    if (size < kStateSize) return QUIL_E_STATE_TRUNCATED;
+    if (size > kStateSize) return QUIL_E_STATE_DAMAGED;
+    if (get_le(p + kCrcAt, 4) != crc32(p, kCrcAt)) return QUIL_E_STATE_DAMAGED;
+
+    const char* name = reinterpret_cast<const char*>(p + 8);
+    const std::size_t len = strnlen(name, kNameField);
+    if (len == kNameField) return QUIL_E_STATE_DAMAGED;
+    for (std::size_t i = len; i < kNameField; ++i)
+        if (name[i] != '\0') return QUIL_E_STATE_DAMAGED;
+    d.model = nullptr;
+    for (const HandModel& m : kHandModels)
+        if (std::string_view(name, len) == m.name) d.model = &m;
+    if (!d.model) return QUIL_E_STATE_DAMAGED;
+
+    d.dropout = p[40];
+    if (d.dropout != QUIL_DROPOUT_PASS && d.dropout != QUIL_DROPOUT_HOLD) return QUIL_E_STATE_DAMAGED;
+    for (int i = 0; i < 4; ++i) {
+        if (p[41 + i] > 1) return QUIL_E_STATE_DAMAGED;
+        d.latches[i] = p[41 + i] == 1;
+    }
+    if (p[45] || p[46] || p[47]) return QUIL_E_STATE_DAMAGED;
+    d.thumb1 = get_double(p + 48);
+    d.thumb2 = get_double(p + 56);
+    for (int i = 0; i < 12; ++i) {
+        d.last_finite[i] = get_double(p + 64 + 8 * i);
+        if (!std::isfinite(d.last_finite[i])) return QUIL_E_STATE_DAMAGED;
+    }
+    return QUIL_OK;
+}
+
+}  // namespace
+
+extern "C" {
+
+size_t quil_hand_count(void) { return kHandCount; }
+
+const quil_hand_info* quil_hand_at(size_t index) {
+    return index < kHandCount ? &infos()[index] : nullptr;
+}
+
+const quil_hand_info* quil_hand_find(const char* name) {
+    return name ? info_of(quil::find_hand_model(name)) : nullptr;
+}
+
+size_t quil_hand_suggest(const char* name, const quil_hand_info** out, size_t capacity) {
+    if (!name || !out) return 0;
+    const HandModel* best[kHandCount];
+    const std::size_t n = quil::closest_hand_models(name, best, capacity < kHandCount ? capacity : kHandCount);
+    for (std::size_t i = 0; i < n; ++i) out[i] = info_of(best[i]);
+    return n;
+}
+
+quil_hand* quil_hand_open(const char* name) {
+    const HandModel* model = name ? quil::find_hand_model(name) : nullptr;
+    if (!model) return nullptr;
+    quil_hand* h = new (std::nothrow) quil_hand;
+    if (!h) return nullptr;
+    h->model = model;
+    h->info = info_of(model);
+    h->dropout = QUIL_DROPOUT_PASS;
+    start_up(*h);
+    return h;
+}
+
+void quil_hand_close(quil_hand* hand) { delete hand; }
+
+const quil_hand_info* quil_hand_about(const quil_hand* hand) { return hand ? hand->info : nullptr; }
+
+void quil_hand_reset(quil_hand* hand) {
+    if (hand) start_up(*hand);
+}
+
+void quil_hand_map(quil_hand* hand, const double readings[12], double targets[24]) {
+    if (hand && readings && targets) map_one(*hand, readings, targets);
+}
+
+void quil_hand_map_n(quil_hand* hand, size_t n, const double* readings, double* targets) {
+    if (!hand || !readings || !targets) return;
+    for (size_t i = 0; i < n; ++i) map_one(*hand, readings + 12 * i, targets + 24 * i);
+}
+
+int quil_hand_set_dropout(quil_hand* hand, int policy) {
+    if (!hand) return QUIL_E_NULL;
+    if (policy != QUIL_DROPOUT_PASS && policy != QUIL_DROPOUT_HOLD) return QUIL_E_DROPOUT_POLICY;
+    hand->dropout = policy;
+    return QUIL_OK;
+}
+
+int quil_hand_dropout(const quil_hand* hand) { return hand ? hand->dropout : QUIL_E_NULL; }
+
+size_t quil_hand_state_size(void) { return kStateSize; }
+
+size_t quil_hand_save_state(const quil_hand* hand, void* buffer, size_t capacity) {
+    if (!hand || !buffer || capacity < kStateSize) return 0;
+    unsigned char p[kStateSize] = {};
+    std::memcpy(p, kMagic, 4);
+    put_le(p + 4, kFormatVersion, 2);
+    put_le(p + 6, kStateSize, 2);
+    std::memcpy(p + 8, hand->model->name, strnlen(hand->model->name, kNameField - 1));
+    p[40] = static_cast<unsigned char>(hand->dropout);
+    for (int i = 0; i < 4; ++i) p[41 + i] = hand->memory.fingerPinchDone[i] ? 1 : 0;
+    put_double(p + 48, hand->memory.thumb1_ref_val);
+    put_double(p + 56, hand->memory.thumb2_ref_val);
+    for (int i = 0; i < 12; ++i) put_double(p + 64 + 8 * i, hand->last_finite[i]);
+    put_le(p + kCrcAt, crc32(p, kCrcAt), 4);
+    std::memcpy(buffer, p, kStateSize);
+    return kStateSize;
+}
+
+int quil_hand_load_state(quil_hand* hand, const void* state, size_t size) {
+    if (!hand) return QUIL_E_NULL;
+    DecodedState d;
+    const int rc = decode_state(state, size, d);
+    if (rc != QUIL_OK) return rc;
+    if (d.model != hand->model) return QUIL_E_STATE_OTHER_HAND;
+    hand->dropout = d.dropout;
+    for (int i = 0; i < 4; ++i) hand->memory.fingerPinchDone[i] = d.latches[i];
+    hand->memory.thumb1_ref_val = d.thumb1;
+    hand->memory.thumb2_ref_val = d.thumb2;
+    for (int i = 0; i < 12; ++i) hand->last_finite[i] = d.last_finite[i];
+    return QUIL_OK;
+}
+
+const quil_hand_info* quil_state_hand(const void* state, size_t size) {
+    DecodedState d;
+    return decode_state(state, size, d) == QUIL_OK ? info_of(d.model) : nullptr;
+}
+
+const char* quil_error_text(int code) {
+    switch (code) {
+        case QUIL_OK: return "no error";
+        case QUIL_E_NULL: return "a required pointer was NULL";
+        case QUIL_E_DROPOUT_POLICY: return "unknown dropout policy (QUIL_DROPOUT_PASS or QUIL_DROPOUT_HOLD)";
+        case QUIL_E_STATE_TRUNCATED: return "the hand state is truncated";
+        case QUIL_E_STATE_NOT_A_STATE: return "not a saved hand state";
+        case QUIL_E_STATE_VERSION: return "a hand state format this library does not know";
+        case QUIL_E_STATE_OTHER_HAND: return "the hand state belongs to another hand";
+        case QUIL_E_STATE_DAMAGED: return "the hand state is damaged";
+        default: return "unknown error code";
+    }
+}
+
+const char* quil_linear_version(void) { return QUIL_LINEAR_VERSION_STRING; }
+
+}  // extern "C"

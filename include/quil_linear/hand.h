@@ -1,0 +1,204 @@
+/* quil_linear hand API: one hand object per glove.
+ *
+ * A `quil_hand` is one robot hand driven by one glove. It maps each sample of the glove's twelve
+ * finger-angle readings (x0..x11) to the hand's 24 joint targets, and it carries its own memory
+ * from sample to sample: the pinch latches and thumb references of the hands that keep state,
+ * and the last good reading of each glove channel. Open one handle per glove; two gloves on two
+ * hands of the same model never disturb each other.
+ *
+ *     quil_hand* hand = quil_hand_open("RUIYAN_RY_H15");
+ *     double readings[12], targets[24];
+ *     while (read_glove(readings)) {
+ *         quil_hand_map(hand, readings, targets);
+ *         send_to_robot(targets);
+ *     }
+ *     quil_hand_close(hand);
+ *
+ * Exactness. With the default dropout policy (QUIL_DROPOUT_PASS) a fresh handle gives, bit for
+ * bit, what the hand's C export <name>_GetDataValue of quil_linear.h gives for the same
+ * sequence of samples in a freshly loaded library, and quil_hand_map_n gives exactly what the
+ * same samples through quil_hand_map give. Handles map with the hand's coefficients as
+ * published; rewriting the exported class tables (Quil_linear::<hand>::weight and w0) changes
+ * the C exports only.
+ *
+ * Memory. The library allocates only in quil_hand_open; mapping, resetting and saving or loading
+ * a state allocate nothing. Catalogue entries and strings are owned by the library and live as
+ * long as it stays loaded; never free them.
+ *
+ * Threads. The catalogue functions, quil_error_text and quil_linear_version may be called from
+ * any thread at any time. A handle belongs to one thread at a time: calls on the same handle
+ * must not overlap, calls on different handles may run on different threads at once. Handles
+ * share nothing with each other or with the C exports: a handle never reads or writes the hand
+ * classes' statics (pinch latches, thumb references), and the exports never touch a handle.
+ *
+ * Errors. Functions that can fail return 0 (QUIL_OK) or a negative QUIL_E_... code, described
+ * by quil_error_text; functions returning pointers return NULL. A NULL handle is accepted
+ * everywhere and does nothing. Every double is accepted as a reading.
+ *
+ * Slots. Each hand's catalogue entry names what its rules drive in each of the 24 output slots
+ * (quil_hand_info.slot_roles): "<finger>_<joint or motion>" such as "index_proximal",
+ * "thumb_rotation" or "little_spread"; "unused" for a slot that holds only a constant,
+ * "terminator" for the -1.0 at the end, "gesture_code" for a slot that reports a recognised
+ * gesture. The roles describe the mapping of finite readings; on hands that let a NaN reading
+ * through (QUIL_DROPOUT_PASS), a NaN can move any slot.
+ */
+#ifndef QUIL_LINEAR_HAND_H
+#define QUIL_LINEAR_HAND_H
+
+#include <stddef.h>
+
+#if defined(__GNUC__)
+#define QUIL_API __attribute__((visibility("default")))
+#else
+#define QUIL_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* The library's version: this header's and, through quil_linear_version(), the loaded one's. */
+#define QUIL_LINEAR_VERSION_MAJOR 1
+#define QUIL_LINEAR_VERSION_MINOR 1
+#define QUIL_LINEAR_VERSION_PATCH 0
+#define QUIL_LINEAR_VERSION_STRING "1.1.0"
+#define QUIL_LINEAR_VERSION_NUMBER \
+    (QUIL_LINEAR_VERSION_MAJOR * 10000 + QUIL_LINEAR_VERSION_MINOR * 100 + QUIL_LINEAR_VERSION_PATCH)
+
+#define QUIL_READINGS 12 /* glove readings per sample: x0..x11 */
+#define QUIL_TARGETS 24  /* joint targets per sample, in the hand's slot order */
+
+/* Dropout policies: what a handle does with a non-finite reading (NaN or +-infinity), as a
+ * glove sends when a channel drops out. */
+#define QUIL_DROPOUT_PASS 0 /* the reading goes to the hand as it is, exactly as the C export
+                               takes it. On most hands a NaN then acts as a fully bent finger.
+                               The default. */
+#define QUIL_DROPOUT_HOLD 1 /* the reading is replaced by the last finite reading of that channel
+                               seen by this handle, or 0.0 before the first one. The safe choice
+                               for live teleoperation: a dropped channel holds the finger where
+                               it was instead of closing it. */
+
+/* Error codes (negative; 0 is success). */
+#define QUIL_OK 0
+#define QUIL_E_NULL (-1)              /* a required pointer was NULL */
+#define QUIL_E_DROPOUT_POLICY (-2)    /* not a QUIL_DROPOUT_... value */
+#define QUIL_E_STATE_TRUNCATED (-3)   /* the state is shorter than a state is */
+#define QUIL_E_STATE_NOT_A_STATE (-4) /* the bytes are not a saved hand state */
+#define QUIL_E_STATE_VERSION (-5)     /* a state format this library does not know */
+#define QUIL_E_STATE_OTHER_HAND (-6)  /* the state belongs to another hand */
+#define QUIL_E_STATE_DAMAGED (-7)     /* the state's checksum or contents are wrong */
+
+/* A saved state never takes more than this many bytes in this major version; a buffer of this
+ * size always suffices. quil_hand_state_size() gives the exact figure. */
+#define QUIL_HAND_STATE_CAPACITY 256
+
+/* One hand with its own memory. Opaque: create with quil_hand_open, free with quil_hand_close. */
+typedef struct quil_hand quil_hand;
+
+/* A hand of the catalogue. Owned by the library; valid as long as the library is loaded. */
+typedef struct quil_hand_info {
+    const char* name;              /* "RUIYAN_RY_H15": class name and C export prefix */
+    const char* version;           /* what <name>_GetVersion() answers */
+    int keeps_state;               /* 1: remembers pinches or thumb references between samples */
+    int persistent_buffer;         /* 1: its C export reuses one buffer, never to be freed;
+                                      0: its C export returns a buffer to free with FreeMemory */
+    const char* slot_roles[24];    /* what the hand's rules drive in each output slot */
+} quil_hand_info;
+
+/* ---- The catalogue ------------------------------------------------------------------------ */
+
+/* The number of hands the library serves. */
+QUIL_API size_t quil_hand_count(void);
+
+/* The hand at `index` (0 <= index < quil_hand_count()), in catalogue order; NULL past the end. */
+QUIL_API const quil_hand_info* quil_hand_at(size_t index);
+
+/* The hand named exactly `name`, else the one whose name matches ignoring case; NULL if none or
+ * if `name` is NULL. */
+QUIL_API const quil_hand_info* quil_hand_find(const char* name);
+
+/* The hands whose names are closest to `name`, best first, for a "did you mean" answer to an
+ * unknown name: a hand whose name contains `name` (ignoring case) comes first, then by edit
+ * distance. Writes up to `capacity` entries to `out` and returns how many it wrote (0 when
+ * `name` or `out` is NULL). */
+QUIL_API size_t quil_hand_suggest(const char* name, const quil_hand_info** out, size_t capacity);
+
+/* ---- Handles ------------------------------------------------------------------------------ */
+
+/* Opens a handle on the hand `name` (as quil_hand_find matches it), in its start-up state,
+ * with QUIL_DROPOUT_PASS. The caller owns the handle and releases it with quil_hand_close.
+ * Returns NULL for an unknown or NULL name (quil_hand_find tells the two apart from running
+ * out of memory) or when memory cannot be had. */
+QUIL_API quil_hand* quil_hand_open(const char* name);
+
+/* Releases a handle. NULL is ignored. The handle must not be used afterwards. */
+QUIL_API void quil_hand_close(quil_hand* hand);
+
+/* The catalogue entry of the handle's hand; NULL for a NULL handle. */
+QUIL_API const quil_hand_info* quil_hand_about(const quil_hand* hand);
+
+/* Puts the handle back to its start-up state: pinch latches open, thumb references and held
+ * readings 0.0, as a fresh handle. The dropout policy is kept. NULL is ignored. */
+QUIL_API void quil_hand_reset(quil_hand* hand);
+
+/* Maps one sample: `readings` holds x0..x11, `targets` receives the 24 joint targets. The
+ * sample goes through the handle's memory, which it updates. Both arrays belong to the caller
+ * and must not overlap. Any double is accepted; readings outside [-20, 120] act as the nearer
+ * bound. With a NULL handle, readings or targets nothing is written. */
+QUIL_API void quil_hand_map(quil_hand* hand, const double readings[12], double targets[24]);
+
+/* Maps `n` samples in order through the handle's memory: `readings` holds n rows of 12,
+ * `targets` receives n rows of 24, both row-major and the caller's; they must not overlap.
+ * Gives exactly what n calls of quil_hand_map give. n = 0 does nothing; with a NULL handle, or
+ * NULL arrays and n > 0, nothing is written. */
+QUIL_API void quil_hand_map_n(quil_hand* hand, size_t n, const double* readings, double* targets);
+
+/* Sets what the handle does with non-finite readings from the next sample on: QUIL_DROPOUT_PASS
+ * or QUIL_DROPOUT_HOLD. The handle notes the last finite reading of every channel under either
+ * policy, so a switch to HOLD mid-session holds the fingers where they were. Returns QUIL_OK,
+ * QUIL_E_NULL, or QUIL_E_DROPOUT_POLICY for any other value (the policy is then unchanged). */
+QUIL_API int quil_hand_set_dropout(quil_hand* hand, int policy);
+
+/* The handle's dropout policy; QUIL_E_NULL for a NULL handle. */
+QUIL_API int quil_hand_dropout(const quil_hand* hand);
+
+/* ---- Saved states ------------------------------------------------------------------------- */
+/* A saved state is a small portable byte string: little-endian, with a format version, the
+ * hand's name and a checksum, holding all of the handle's memory (pinch latches, thumb
+ * references, the last finite reading of each channel) and its dropout policy. Save after
+ * sample k, load into a handle of the same hand, carry on: the results are bit-identical to
+ * never stopping, in this or another process or machine. */
+
+/* The most bytes a saved state takes (at most QUIL_HAND_STATE_CAPACITY). */
+QUIL_API size_t quil_hand_state_size(void);
+
+/* Writes the handle's state to `buffer` and returns the number of bytes written; returns 0 and
+ * writes nothing when `capacity` is smaller than the state or a pointer is NULL. */
+QUIL_API size_t quil_hand_save_state(const quil_hand* hand, void* buffer, size_t capacity);
+
+/* Loads a state written by quil_hand_save_state of a handle of the same hand. Returns QUIL_OK,
+ * or, leaving the handle unchanged: QUIL_E_NULL, QUIL_E_STATE_TRUNCATED (fewer bytes than a
+ * state), QUIL_E_STATE_NOT_A_STATE, QUIL_E_STATE_VERSION (a format this library does not know),
+ * QUIL_E_STATE_OTHER_HAND (quil_state_hand names it), or QUIL_E_STATE_DAMAGED (checksum,
+ * contents, or bytes beyond the state). */
+QUIL_API int quil_hand_load_state(quil_hand* hand, const void* state, size_t size);
+
+/* The hand a saved state belongs to, for a message such as "this state is of CHOHO_Hand";
+ * NULL unless the bytes are a complete, undamaged state of a hand in the catalogue. */
+QUIL_API const quil_hand_info* quil_state_hand(const void* state, size_t size);
+
+/* ---- Errors and version ------------------------------------------------------------------- */
+
+/* A short English description of a QUIL_OK or QUIL_E_... code ("unknown error code" for any
+ * other value). The string is the library's, constant. */
+QUIL_API const char* quil_error_text(int code);
+
+/* The loaded library's version, "MAJOR.MINOR.PATCH"; compare with QUIL_LINEAR_VERSION_STRING
+ * to detect a header/library mismatch. */
+QUIL_API const char* quil_linear_version(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* QUIL_LINEAR_HAND_H */

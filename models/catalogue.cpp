@@ -1,0 +1,80 @@
+#include "models/catalogue.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "models/hands.h"
+
+namespace quil {
+
+namespace {
+constexpr BufferKind PER_CALL = BufferKind::per_call;
+constexpr BufferKind PERSISTENT = BufferKind::persistent;
+
+char lower(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
+
+bool equal_ignoring_case(std::string_view a, std::string_view b) {
+    if (a.size() != b.size()) return false;
+    for (std::size_t i = 0; i < a.size(); ++i)
+        if (lower(a[i]) != lower(b[i])) return false;
+    return true;
+}
+
+bool contains_ignoring_case(std::string_view haystack, std::string_view needle) {
+    if (needle.empty() || needle.size() > haystack.size()) return false;
+    for (std::size_t at = 0; at + needle.size() <= haystack.size(); ++at)
+        if (equal_ignoring_case(haystack.substr(at, needle.size()), needle)) return true;
+    return false;
+}
+
+// Edit distance ignoring case, on at most the first kMaxName characters of each side: hand names
+// are short, and a longer guess is far from all of them anyway.
+constexpr std::size_t kMaxName = 63;
+
+std::size_t edit_distance(std::string_view a, std::string_view b) {
+    a = a.substr(0, std::min(a.size(), kMaxName));
+    b = b.substr(0, std::min(b.size(), kMaxName));
+    std::size_t prev[kMaxName + 1], cur[kMaxName + 1];
+    for (std::size_t j = 0; j <= b.size(); ++j) prev[j] = j;
+    for (std::size_t i = 1; i <= a.size(); ++i) {
+        cur[0] = i;
+        for (std::size_t j = 1; j <= b.size(); ++j)
+            cur[j] = std::min({prev[j] + 1, cur[j - 1] + 1, prev[j - 1] + (lower(a[i - 1]) == lower(b[j - 1]) ? 0 : 1)});
+        std::copy(cur, cur + b.size() + 1, prev);
+    }
+    return prev[b.size()];
+}
+}  // namespace
+
+const HandModel kHandModels[kHandCount] = {
+#define QUIL_MODEL(hand, version, buffer, keeps_state)                                        \
+    {#hand, version, buffer, keeps_state != 0, &hands::hand, &hands::hand##_coefficients, \
+     &hands::hand##_slot_roles},
+#include "models/hand_list.h"
+#undef QUIL_MODEL
+};
+
+const HandModel* find_hand_model(std::string_view name) {
+    for (const HandModel& m : kHandModels)
+        if (name == m.name) return &m;
+    for (const HandModel& m : kHandModels)
+        if (equal_ignoring_case(name, m.name)) return &m;
+    return nullptr;
+}
+
+std::size_t closest_hand_models(std::string_view name, const HandModel** out, std::size_t capacity) {
+    std::size_t score[kHandCount];
+    std::size_t order[kHandCount];
+    for (std::size_t i = 0; i < kHandCount; ++i) {
+        // A name that contains what was typed ("xhand1", "o7") is a better guess than its edit
+        // distance to the full maker-and-model name suggests.
+        score[i] = contains_ignoring_case(kHandModels[i].name, name) ? 0 : edit_distance(name, kHandModels[i].name);
+        order[i] = i;
+    }
+    std::stable_sort(order, order + kHandCount, [&](std::size_t a, std::size_t b) { return score[a] < score[b]; });
+    const std::size_t n = std::min(capacity, kHandCount);
+    for (std::size_t i = 0; i < n; ++i) out[i] = &kHandModels[order[i]];
+    return n;
+}
+
+}  // namespace quil
