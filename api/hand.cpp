@@ -131,6 +131,7 @@ struct DecodedState {
 };
 
 int decode_state(const void* state, std::size_t size, DecodedState& d) {
+    if (size == 0) return QUIL_E_STATE_TRUNCATED;
     if (!state) return QUIL_E_NULL;
     const auto* p = static_cast<const unsigned char*>(state);
     if (std::memcmp(p, kMagic, size < 4 ? size : 4) != 0) return QUIL_E_STATE_NOT_A_STATE;

@@ -27,22 +27,25 @@ bool contains_ignoring_case(std::string_view haystack, std::string_view needle) 
     return false;
 }
 
-// Edit distance ignoring case, on at most the first kMaxName characters of each side: hand names
-// are short, and a longer guess is far from all of them anyway.
+// Edit distance ignoring case, a swap of two neighbouring letters counting as one edit (the
+// commonest typing slip), on at most the first kMaxName characters of each side: hand names are
+// short, and a longer guess is far from all of them anyway.
 constexpr std::size_t kMaxName = 63;
 
 std::size_t edit_distance(std::string_view a, std::string_view b) {
     a = a.substr(0, std::min(a.size(), kMaxName));
     b = b.substr(0, std::min(b.size(), kMaxName));
-    std::size_t prev[kMaxName + 1], cur[kMaxName + 1];
-    for (std::size_t j = 0; j <= b.size(); ++j) prev[j] = j;
-    for (std::size_t i = 1; i <= a.size(); ++i) {
-        cur[0] = i;
-        for (std::size_t j = 1; j <= b.size(); ++j)
-            cur[j] = std::min({prev[j] + 1, cur[j - 1] + 1, prev[j - 1] + (lower(a[i - 1]) == lower(b[j - 1]) ? 0 : 1)});
-        std::copy(cur, cur + b.size() + 1, prev);
-    }
-    return prev[b.size()];
+    std::size_t d[kMaxName + 1][kMaxName + 1];
+    for (std::size_t i = 0; i <= a.size(); ++i) d[i][0] = i;
+    for (std::size_t j = 0; j <= b.size(); ++j) d[0][j] = j;
+    for (std::size_t i = 1; i <= a.size(); ++i)
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            const bool same = lower(a[i - 1]) == lower(b[j - 1]);
+            d[i][j] = std::min({d[i - 1][j] + 1, d[i][j - 1] + 1, d[i - 1][j - 1] + (same ? 0 : 1)});
+            if (i > 1 && j > 1 && lower(a[i - 1]) == lower(b[j - 2]) && lower(a[i - 2]) == lower(b[j - 1]))
+                d[i][j] = std::min(d[i][j], d[i - 2][j - 2] + 1);
+        }
+    return d[a.size()][b.size()];
 }
 }  // namespace
 

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# Builds and runs every test: the unit tests (GoogleTest via CTest), the C host test that loads
-# the shared library with dlopen, the exported-symbol check and the install/find_package check,
-# first in the release build, then the same suite under AddressSanitizer and
-# UndefinedBehaviorSanitizer.
+# Builds and runs every test: the unit tests (GoogleTest via CTest), the hand API against the C
+# exports, the C host test that loads the shared library with dlopen, the examples, the
+# exported-symbol check and the install/find_package check, first in the release build, then the
+# same suite under AddressSanitizer and UndefinedBehaviorSanitizer, then the concurrency tests
+# under ThreadSanitizer.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/bootstrap.sh
@@ -20,3 +21,9 @@ cmake -S . -B build-sanitize -G Ninja -DCMAKE_BUILD_TYPE=Debug -DQUIL_LINEAR_SAN
 cmake --build build-sanitize -j "$jobs"
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
   ctest --test-dir build-sanitize --output-on-failure -j "$jobs"
+
+echo "== ThreadSanitizer build (concurrency tests)"
+cmake -S . -B build-tsan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQUIL_LINEAR_TSAN=ON \
+  -DQUIL_LINEAR_BUILD_BENCH=OFF -DQUIL_LINEAR_BUILD_TOOLS=OFF >/dev/null
+cmake --build build-tsan -j "$jobs" --target hand_threads_test 02_two_gloves
+TSAN_OPTIONS=halt_on_error=1 ctest --test-dir build-tsan -L concurrency --output-on-failure -j "$jobs"

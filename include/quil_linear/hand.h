@@ -177,8 +177,8 @@ QUIL_API size_t quil_hand_state_size(void);
 QUIL_API size_t quil_hand_save_state(const quil_hand* hand, void* buffer, size_t capacity);
 
 /* Loads a state written by quil_hand_save_state of a handle of the same hand. Returns QUIL_OK,
- * or, leaving the handle unchanged: QUIL_E_NULL, QUIL_E_STATE_TRUNCATED (fewer bytes than a
- * state), QUIL_E_STATE_NOT_A_STATE, QUIL_E_STATE_VERSION (a format this library does not know),
+ * or, leaving the handle unchanged: QUIL_E_NULL (a NULL handle, or a NULL state with size > 0),
+ * QUIL_E_STATE_TRUNCATED (fewer bytes than a state, none included), QUIL_E_STATE_NOT_A_STATE, QUIL_E_STATE_VERSION (a format this library does not know),
  * QUIL_E_STATE_OTHER_HAND (quil_state_hand names it), or QUIL_E_STATE_DAMAGED (checksum,
  * contents, or bytes beyond the state). */
 QUIL_API int quil_hand_load_state(quil_hand* hand, const void* state, size_t size);

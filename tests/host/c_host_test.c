@@ -1,6 +1,7 @@
 /* A host that knows the library only by its exported names, as a C program loading it at run
    time would: every export is resolved with dlsym, called, and its buffer handled as the header
-   says (per-call buffers freed, persistent ones never). */
+   says (per-call buffers freed, persistent ones never); the hand API is resolved the same way and
+   its catalogue and first sample checked against the exports. */
 #include <dlfcn.h>
 #include <math.h>
 #include <stdio.h>
@@ -11,6 +12,14 @@ typedef double* (*get_data_value_fn)(double, double, double, double, double, dou
 typedef const char* (*get_version_fn)(void);
 typedef void (*free_memory_fn)(double*);
 typedef int (*get_data1_fn)(int, int);
+
+/* The hand API of quil_linear/hand.h, as dlsym finds it. */
+#include "quil_linear/hand.h"
+typedef size_t (*hand_count_fn)(void);
+typedef const quil_hand_info* (*hand_at_fn)(size_t);
+typedef quil_hand* (*hand_open_fn)(const char*);
+typedef void (*hand_map_fn)(quil_hand*, const double*, double*);
+typedef void (*hand_close_fn)(quil_hand*);
 
 enum { PER_CALL, PERSISTENT };
 
@@ -87,6 +96,14 @@ int main(int argc, char** argv) {
     free_memory_fn free_memory = (free_memory_fn)resolve(lib, "FreeMemory", "library");
     if (free_memory) free_memory(NULL); /* a null buffer is ignored */
 
+    hand_count_fn hand_count_of = (hand_count_fn)resolve(lib, "quil_hand_count", "library");
+    hand_at_fn hand_at = (hand_at_fn)resolve(lib, "quil_hand_at", "library");
+    hand_open_fn hand_open = (hand_open_fn)resolve(lib, "quil_hand_open", "library");
+    hand_map_fn hand_map = (hand_map_fn)resolve(lib, "quil_hand_map", "library");
+    hand_close_fn hand_close = (hand_close_fn)resolve(lib, "quil_hand_close", "library");
+    if (!hand_count_of || !hand_at || !hand_open || !hand_map || !hand_close) return 1;
+    check(hand_count_of() == (size_t)hand_count, "the hand API lists every hand", "library");
+
     char symbol[256];
     int exports = free_memory ? 1 : 0;
     for (int h = 0; h < hand_count; ++h) {
@@ -99,9 +116,19 @@ int main(int argc, char** argv) {
         exports += 2;
         check(strcmp(version(), hd->version) == 0, "version string", hd->name);
 
+        const quil_hand_info* info = hand_at((size_t)h);
+        check(info && strcmp(info->name, hd->name) == 0 && strcmp(info->version, hd->version) == 0 &&
+                  info->keeps_state == hd->keeps_state && info->persistent_buffer == (hd->buffer == PERSISTENT),
+              "catalogue entry of the hand API", hd->name);
+        quil_hand* handle = hand_open(hd->name);
+        double from_handle[24];
+        hand_map(handle, poses[1], from_handle);
+        hand_close(handle);
+
         double first[24], second[24];
         double* a = call(map, poses[1]);
         memcpy(first, a, sizeof first);
+        check(same_bits(first, from_handle), "a handle's first sample equals the export's", hd->name);
         double* b = call(map, poses[2]);
         memcpy(second, b, sizeof second);
         if (hd->buffer == PER_CALL) {

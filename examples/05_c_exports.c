@@ -1,6 +1,7 @@
-/* A minimal host: map a few glove poses onto two hands and print the joint targets.
+/* 05: the compatible interface: the plain C exports <hand>_GetDataValue, with the two kinds of
+   result buffer. New hosts use the hand API (01-04). Map a few poses onto two hands.
    Build against an installed library with
-     cc host_example.c $(pkg-config --cflags --libs quil_linear) -o host_example */
+     cc 05_c_exports.c $(pkg-config --cflags --libs quil_linear) -o 05_c_exports */
 #include <stdio.h>
 
 #include <quil_linear/quil_linear.h>
