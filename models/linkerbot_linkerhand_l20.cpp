@@ -38,11 +38,16 @@ QUIL_DEFINE_COEFFICIENTS(LINKERBOT_LinkerHand_L20, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
-// What the rules drive in each output slot.
+// Slot 3 always holds -30: this hand turns its thumb in through 20, which gates the pinch poses.
+// Thumb 0 and 1 are the base joints (1 the first joint), 2 the tip. Distal joints follow their
+// intermediate ones at 0.8. 21 and 22 always hold 0.
 const quil::SlotRoles quil::hands::LINKERBOT_LinkerHand_L20_slot_roles = {
-    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
-    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
-    "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown", "unknown",
+    "thumb_aux", "thumb_proximal", "thumb_distal", "unused",
+    "index_distal", "index_intermediate", "index_proximal", "index_spread",
+    "middle_distal", "middle_intermediate", "middle_proximal", "middle_spread",
+    "ring_distal", "ring_intermediate", "ring_proximal", "ring_spread",
+    "little_distal", "little_intermediate", "little_proximal", "little_spread",
+    "thumb_rotation", "unused", "unused", "terminator",
 };
 
 namespace {
