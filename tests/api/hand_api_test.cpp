@@ -41,7 +41,7 @@ std::vector<double> map_batched(quil_hand* h, const std::vector<Sample>& samples
     std::size_t at = 0;
     for (std::size_t batch : {std::size_t{1}, std::size_t{0}, std::size_t{7}, std::size_t{1000}, samples.size()}) {
         const std::size_t n = std::min(batch, samples.size() - at);
-        quil_hand_map_n(h, n, samples[at].data(), &t[24 * at]);
+        quil_hand_map_n(h, n, reinterpret_cast<const double*>(samples.data()) + 12 * at, t.data() + 24 * at);
         at += n;
     }
     return t;
