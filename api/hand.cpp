@@ -50,7 +50,13 @@ void start_up(quil_hand& h) {
     for (double& r : h.last_finite) r = 0.0;
 }
 
-// One sample through the handle: note the finite readings, hold the others if asked, map.
+// One sample through the handle's hand and memory, built directly in the caller's 24 doubles.
+inline void map_sample(quil_hand& h, const quil::InputAngles& in, double* targets) {
+    static_assert(sizeof(quil::TargetArray) == sizeof(double) * 24, "24 packed doubles");
+    new (targets) quil::TargetArray(h.model->map(in, h.memory.ref(), *h.model->published));
+}
+
+// One sample: note the finite readings, hold the others if asked, map.
 inline void map_one(quil_hand& h, const double* readings, double* targets) {
     quil::InputAngles in;
     for (int i = 0; i < 12; ++i) {
@@ -61,9 +67,27 @@ inline void map_one(quil_hand& h, const double* readings, double* targets) {
             x = h.last_finite[i];
         in.x[i] = x;
     }
-    // The mapping's result is built directly in the caller's 24 doubles.
-    static_assert(sizeof(quil::TargetArray) == sizeof(double) * 24, "24 packed doubles");
-    new (targets) quil::TargetArray(h.model->map(in, h.memory.ref(), *h.model->published));
+    map_sample(h, in, targets);
+}
+
+// Many samples. Passing readings through as they are, the batch need not note the finite ones
+// sample by sample: the last finite reading of each channel in the batch is found afterwards.
+void map_many(quil_hand& h, std::size_t n, const double* readings, double* targets) {
+    if (h.dropout == QUIL_DROPOUT_HOLD) {
+        for (std::size_t r = 0; r < n; ++r) map_one(h, readings + 12 * r, targets + 24 * r);
+        return;
+    }
+    for (std::size_t r = 0; r < n; ++r) {
+        quil::InputAngles in;
+        std::memcpy(in.x.data(), readings + 12 * r, sizeof(double) * 12);
+        map_sample(h, in, targets + 24 * r);
+    }
+    for (int i = 0; i < 12; ++i)
+        for (std::size_t r = n; r-- > 0;)
+            if (std::isfinite(readings[12 * r + i])) {
+                h.last_finite[i] = readings[12 * r + i];
+                break;
+            }
 }
 
 // ---- The saved state: a fixed little-endian record.
@@ -215,8 +239,7 @@ void quil_hand_map(quil_hand* hand, const double readings[12], double targets[24
 }
 
 void quil_hand_map_n(quil_hand* hand, size_t n, const double* readings, double* targets) {
-    if (!hand || !readings || !targets) return;
-    for (size_t i = 0; i < n; ++i) map_one(*hand, readings + 12 * i, targets + 24 * i);
+    if (hand && readings && targets) map_many(*hand, n, readings, targets);
 }
 
 int quil_hand_set_dropout(quil_hand* hand, int policy) {

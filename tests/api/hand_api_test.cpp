@@ -74,6 +74,7 @@ TEST_P(EveryHand, HandleGivesTheFreshExportsTargetsOneByOneInBatchesAndAfterRese
     Handle one(hand().name), batched(hand().name);
     EXPECT_TRUE(same_targets(expected, map_one_by_one(one.h, samples)));
     EXPECT_TRUE(same_targets(expected, map_batched(batched.h, samples)));
+    EXPECT_EQ(one.state(), batched.state());  // the same memory, last finite readings included
     quil_hand_reset(one.h);
     EXPECT_TRUE(same_targets(expected, map_batched(one.h, samples)));
 }
