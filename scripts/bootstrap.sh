@@ -3,7 +3,7 @@
 # Debian/Ubuntu; run as root or with sudo available.
 set -euo pipefail
 
-packages=(g++ cmake ninja-build pkg-config libgtest-dev libbenchmark-dev python3 librsvg2-bin)
+packages=(g++ cmake ninja-build pkg-config libgtest-dev libbenchmark-dev python3 librsvg2-bin libcli11-dev libssl-dev)
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")
