@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # The hand explorer in the browser.
 #   bash scripts/web.sh build          builds the WebAssembly library and writes the static site
-#                                      into build-web/site/ (index.html, scripts, the module)
+#                                      into build-web/site/ (index.html, scripts, the module);
+#                                      index.html also works opened straight from disk
 #   bash scripts/web.sh serve [PORT]   builds when needed and serves the site on 127.0.0.1
 #                                      (PORT defaults to 8000; 0 picks a free one), printing the URL
 set -euo pipefail
@@ -27,12 +28,17 @@ build() {
   cp web/js/*.js "$next/js/"
   cp "$wasm/quil_wasm.js" "$wasm/quil_wasm.wasm" "$next/"
   cp data/sample_session.csv "$next/"
-  python3 - data/sample_session.csv "$next/sample_session.js" <<'EOF'
-import json, sys
-text = open(sys.argv[1], encoding="utf-8").read()
-with open(sys.argv[2], "w", encoding="utf-8") as f:
-    f.write("// The sample glove session (data/sample_session.csv), bundled so the page loads it without a request.\n")
-    f.write("window.QUIL_SAMPLE_SESSION = %s;\n" % json.dumps(text))
+  # The sample session as a script, and the module's bytes as a script for a page opened
+  # from disk, where the browser fetches nothing.
+  python3 - data/sample_session.csv "$wasm/quil_wasm.wasm" "$next" <<'EOF'
+import base64, json, sys
+session, module, site = sys.argv[1:4]
+with open(site + "/sample_session.js", "w", encoding="utf-8") as f:
+    f.write("// The sample glove session (data/sample_session.csv).\n")
+    f.write("window.QUIL_SAMPLE_SESSION = %s;\n" % json.dumps(open(session, encoding="utf-8").read()))
+with open(site + "/quil_wasm_binary.js", "w", encoding="ascii") as f:
+    f.write("// quil_wasm.wasm, for the page opened from disk.\n")
+    f.write("window.QUIL_WASM_BASE64 = '%s';\n" % base64.b64encode(open(module, "rb").read()).decode())
 EOF
   rm -rf "$site"
   mv "$next" "$site"

@@ -65,7 +65,7 @@
     if (Number.isNaN(v)) return 'NaN';
     if (v === Infinity) return '+∞';
     if (v === -Infinity) return '−∞';
-    if (Math.abs(v) >= 1e5) return v.toExponential(3).replace('-', '−');
+    if (Math.abs(v) >= 1e5) return v.toExponential(2).replace('e+', 'e').replace('-', '−');
     const s = v.toFixed(digits);
     return (Object.is(v, -0) || v < 0 ? '−' + s.replace('-', '') : s);
   }
@@ -142,8 +142,8 @@
       });
       const drop = el('input', { type: 'checkbox', id: `dropout-${i}`, 'aria-label': `drop x${i}` });
       const row = el('div', { class: 'slider-row', dataset: { channel: i } },
-        el('label', { for: `reading-${i}`, class: 'channel' },
-          el('span', { class: 'channel-id', style: `--finger:${GROUP_COLOURS[CHANNEL_FINGER[i]]}` }, `x${i}`),
+        el('label', { for: `reading-${i}`, class: 'channel', style: `--finger:${GROUP_COLOURS[CHANNEL_FINGER[i]]}` },
+          el('span', { class: 'channel-id' }, `x${i}`),
           el('span', { class: 'channel-name' }, CHANNELS[i])),
         range, number,
         el('label', { class: 'drop', title: 'Channel drops out: reads NaN' }, drop, el('span', {}, 'drop')));
@@ -357,6 +357,7 @@
     S.mode = 'session';
     updateMode();
     showCursor();
+    if (!data.bad.length) setStatus(`${S.hands.length} hands`, 'ok');
     if (data.bad.length) setStatus(`${name}: ${data.bad[0].why} at line ${data.bad[0].line}${data.bad.length > 1 ? ' and more' : ''}; those rows are left out`, 'warn');
   }
 
@@ -627,6 +628,7 @@
     }
     const ctx = canvas.getContext('2d');
     ctx.setTransform(1, 0, 0, 1, 0, 0);
+    ctx.clearRect(0, 0, canvas.width, canvas.height);
     ctx.drawImage(p.base, 0, 0);
     ctx.scale(dpr, dpr);
     if (S.highlight >= 0 && p.panels.targets) {

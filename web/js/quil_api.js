@@ -241,5 +241,23 @@
     });
   }
 
-  window.quilReady = createQuilModule().then(makeApi);
+  // Served over HTTP the module fetches quil_wasm.wasm next to it. A page opened from disk may
+  // not fetch, so there the module's bytes come from a script holding them.
+  function loadModule() {
+    if (location.protocol !== 'file:') return createQuilModule();
+    return new Promise((resolve, reject) => {
+      const script = document.createElement('script');
+      script.src = 'quil_wasm_binary.js';
+      script.onload = () => {
+        const text = atob(window.QUIL_WASM_BASE64);
+        const bytes = new Uint8Array(text.length);
+        for (let i = 0; i < text.length; i++) bytes[i] = text.charCodeAt(i);
+        resolve(createQuilModule({ wasmBinary: bytes }));
+      };
+      script.onerror = () => reject(new Error('quil_wasm_binary.js did not load'));
+      document.head.append(script);
+    });
+  }
+
+  window.quilReady = loadModule().then(makeApi);
 })();
