@@ -2,7 +2,7 @@
 # Builds and runs every test: the unit tests (GoogleTest via CTest), the C host test that loads
 # the shared library with dlopen, the exported-symbol check and the install/find_package check,
 # first in the release build, then the same suite under AddressSanitizer and
-# UndefinedBehaviorSanitizer.
+# UndefinedBehaviorSanitizer, and the hand explorer in headless Chromium (scripts/test_web.sh).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/bootstrap.sh
@@ -20,3 +20,6 @@ cmake -S . -B build-sanitize -G Ninja -DCMAKE_BUILD_TYPE=Debug -DQUIL_LINEAR_SAN
 cmake --build build-sanitize -j "$jobs"
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
   ctest --test-dir build-sanitize --output-on-failure -j "$jobs"
+
+echo "== hand explorer in the browser"
+bash scripts/test_web.sh
