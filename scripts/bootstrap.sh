@@ -3,11 +3,15 @@
 # Debian/Ubuntu; run as root or with sudo available.
 set -euo pipefail
 
-packages=(g++ cmake ninja-build pkg-config libgtest-dev libbenchmark-dev python3 librsvg2-bin libcli11-dev libssl-dev)
+packages=(g++ cmake ninja-build pkg-config libgtest-dev libbenchmark-dev python3 librsvg2-bin
+          libcli11-dev libssl-dev clang-14 libfuzzer-14-dev emscripten chromium)
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")
 done
+# The browser tests run under Node.js and install their npm packages; a Node.js from elsewhere
+# than Debian (with its own npm) will do.
+command -v npm >/dev/null || missing+=(nodejs npm)
 [ ${#missing[@]} -eq 0 ] && exit 0
 
 echo "installing: ${missing[*]}"

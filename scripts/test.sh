@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Builds and runs every test: the unit tests (GoogleTest via CTest), the hand API against the C
-# exports, the C host test that loads the shared library with dlopen, the examples, the
-# exported-symbol check and the install/find_package check, first in the release build, then the
-# same suite under AddressSanitizer and UndefinedBehaviorSanitizer, then the concurrency tests
-# under ThreadSanitizer.
+# exports, the golden record, the C host test that loads the shared library with dlopen, the
+# examples, the exported-symbol check and the install/find_package check, first in the release
+# build, then the same suite under AddressSanitizer and UndefinedBehaviorSanitizer, then the
+# concurrency tests under ThreadSanitizer, and the hand explorer in headless Chromium.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/bootstrap.sh
@@ -27,3 +27,6 @@ cmake -S . -B build-tsan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQUIL_LINEA
   -DQUIL_LINEAR_BUILD_BENCH=OFF -DQUIL_LINEAR_BUILD_TOOLS=OFF >/dev/null
 cmake --build build-tsan -j "$jobs" --target hand_threads_test 02_two_gloves
 TSAN_OPTIONS=halt_on_error=1 ctest --test-dir build-tsan -L concurrency --output-on-failure -j "$jobs"
+
+echo "== hand explorer in the browser"
+bash scripts/test_web.sh

@@ -1,0 +1,263 @@
+// The hand API of the WebAssembly library, for the page, for tests and for power users:
+//
+//   const api = await window.quilReady;
+//   api.hands()                    -> [{name, version, keepsState, persistentBuffer, slotRoles}]
+//   const hand = api.open('RUIYAN_RY_H15');
+//   hand.map([x0, ..., x11])       -> 24 targets (an Array of numbers)
+//   hand.mapMany(rows)             -> Float64Array of n*24 targets for n*12 readings, in order
+//   hand.setDropout('hold')        // or 'pass' (api.DROPOUT_PASS / api.DROPOUT_HOLD)
+//   hand.state()                   -> {dropout, latches, thumb1Ref, thumb2Ref, held}
+//   hand.saveState() / hand.loadState(bytes), hand.reset(), hand.close()
+//
+// Every call goes straight to quil_linear/hand.h compiled from the library's own sources, so a
+// handle gives the native library's results bit for bit.
+(function () {
+  'use strict';
+
+  const READINGS = 12;
+  const TARGETS = 24;
+  const DROPOUT = { pass: 0, hold: 1 };
+
+  // quil_hand_info on wasm32: name, version, keeps_state, persistent_buffer, slot_roles[24].
+  const INFO_NAME = 0;
+  const INFO_VERSION = 4;
+  const INFO_KEEPS_STATE = 8;
+  const INFO_PERSISTENT = 12;
+  const INFO_ROLES = 16;
+
+  // The saved state record of api/hand.cpp (little-endian).
+  const STATE_DROPOUT = 40;
+  const STATE_LATCHES = 41;
+  const STATE_THUMB1 = 48;
+  const STATE_THUMB2 = 56;
+  const STATE_HELD = 64;
+
+  function decodeState(bytes) {
+    const view = new DataView(bytes.buffer, bytes.byteOffset, bytes.byteLength);
+    const held = [];
+    for (let i = 0; i < READINGS; i++) held.push(view.getFloat64(STATE_HELD + 8 * i, true));
+    return {
+      dropout: bytes[STATE_DROPOUT] === DROPOUT.hold ? 'hold' : 'pass',
+      latches: [0, 1, 2, 3].map((i) => bytes[STATE_LATCHES + i] === 1),
+      thumb1Ref: view.getFloat64(STATE_THUMB1, true),
+      thumb2Ref: view.getFloat64(STATE_THUMB2, true),
+      held,
+    };
+  }
+
+  function makeApi(M) {
+    const str = (ptr) => (ptr ? M.UTF8ToString(ptr) : null);
+    const u32 = (ptr) => M.HEAPU32[ptr >>> 2];
+    const i32 = (ptr) => M.HEAP32[ptr >>> 2];
+
+    function infoAt(ptr) {
+      const slotRoles = [];
+      for (let s = 0; s < TARGETS; s++) slotRoles.push(str(u32(ptr + INFO_ROLES + 4 * s)));
+      return {
+        name: str(u32(ptr + INFO_NAME)),
+        version: str(u32(ptr + INFO_VERSION)),
+        keepsState: i32(ptr + INFO_KEEPS_STATE) !== 0,
+        persistentBuffer: i32(ptr + INFO_PERSISTENT) !== 0,
+        slotRoles,
+      };
+    }
+
+    const catalogue = [];
+    for (let i = 0, n = M._quil_hand_count(); i < n; i++) {
+      const ptr = M._quil_hand_at(i);
+      const info = infoAt(ptr);
+      catalogue.push(info);
+    }
+    const copyInfo = (info) => Object.assign({}, info, { slotRoles: info.slotRoles.slice() });
+
+    const stateSize = M._quil_hand_state_size();
+
+    // Writes a JS string into the wasm heap for the length of `use`.
+    function withCString(s, use) {
+      const bytes = new TextEncoder().encode(String(s));
+      const ptr = M._malloc(bytes.length + 1);
+      M.HEAPU8.set(bytes, ptr);
+      M.HEAPU8[ptr + bytes.length] = 0;
+      try {
+        return use(ptr);
+      } finally {
+        M._free(ptr);
+      }
+    }
+
+    function suggest(name, count) {
+      const out = M._malloc(4 * count);
+      try {
+        const n = withCString(name, (p) => M._quil_hand_suggest(p, out, count));
+        const names = [];
+        for (let i = 0; i < n; i++) names.push(str(u32(u32(out + 4 * i) + INFO_NAME)));
+        return names;
+      } finally {
+        M._free(out);
+      }
+    }
+
+    function policyCode(policy) {
+      if (policy === DROPOUT.pass || policy === DROPOUT.hold) return policy;
+      const code = DROPOUT[String(policy).toLowerCase()];
+      if (code === undefined) throw new RangeError(`unknown dropout policy ${policy}: 'pass' or 'hold'`);
+      return code;
+    }
+
+    // Handles not closed by their owner are released when they are garbage collected.
+    const reaper = typeof FinalizationRegistry === 'function'
+      ? new FinalizationRegistry(({ handle, scratch }) => { M._quil_hand_close(handle); M._free(scratch); })
+      : null;
+
+    class Hand {
+      constructor(info, handle) {
+        this.info = copyInfo(info);
+        this.name = info.name;
+        this._handle = handle;
+        // One scratch area per handle: 12 readings, then 24 targets, then a saved state.
+        this._scratch = M._malloc(8 * (READINGS + TARGETS) + stateSize);
+        if (reaper) reaper.register(this, { handle, scratch: this._scratch }, this);
+      }
+
+      _live() {
+        if (!this._handle) throw new Error(`the ${this.name} hand is closed`);
+        return this._handle;
+      }
+
+      // 12 readings in (any array-like of numbers; anything else reads as NaN), 24 targets out.
+      map(readings) {
+        const h = this._live();
+        if (!readings || readings.length !== READINGS)
+          throw new TypeError(`map takes ${READINGS} readings, got ${readings ? readings.length : readings}`);
+        const at = this._scratch >>> 3;
+        const heap = M.HEAPF64;
+        for (let i = 0; i < READINGS; i++) heap[at + i] = Number(readings[i]);
+        M._quil_hand_map(h, this._scratch, this._scratch + 8 * READINGS);
+        return Array.from(M.HEAPF64.subarray(at + READINGS, at + READINGS + TARGETS));
+      }
+
+      // n samples in order: a flat array-like of n*12 readings (a Float64Array keeps NaN bits)
+      // or an array of rows; returns a Float64Array of n*24 targets.
+      mapMany(samples) {
+        const h = this._live();
+        let flat = samples;
+        if (samples.length && typeof samples[0] === 'object') flat = [].concat(...samples.map((r) => Array.from(r)));
+        if (flat.length % READINGS !== 0) throw new TypeError(`mapMany takes rows of ${READINGS} readings`);
+        const n = flat.length / READINGS;
+        if (n === 0) return new Float64Array(0);
+        const input = M._malloc(8 * READINGS * n);
+        const output = M._malloc(8 * TARGETS * n);
+        try {
+          M.HEAPF64.set(flat instanceof Float64Array ? flat : Float64Array.from(flat, Number), input >>> 3);
+          M._quil_hand_map_n(h, n, input, output);
+          return M.HEAPF64.slice(output >>> 3, (output >>> 3) + TARGETS * n);
+        } finally {
+          M._free(input);
+          M._free(output);
+        }
+      }
+
+      // Back to the start-up state: latches open, references and held readings 0. The dropout
+      // policy is kept.
+      reset() {
+        M._quil_hand_reset(this._live());
+      }
+
+      setDropout(policy) {
+        M._quil_hand_set_dropout(this._live(), policyCode(policy));
+      }
+
+      get dropout() {
+        return M._quil_hand_dropout(this._live()) === DROPOUT.hold ? 'hold' : 'pass';
+      }
+
+      // The handle's memory as a portable saved state (Uint8Array).
+      saveState() {
+        const at = this._scratch + 8 * (READINGS + TARGETS);
+        const n = M._quil_hand_save_state(this._live(), at, stateSize);
+        return M.HEAPU8.slice(at, at + n);
+      }
+
+      loadState(bytes) {
+        const h = this._live();
+        const data = bytes instanceof Uint8Array ? bytes : new Uint8Array(bytes);
+        const at = M._malloc(Math.max(1, data.length));
+        try {
+          M.HEAPU8.set(data, at);
+          const rc = M._quil_hand_load_state(h, at, data.length);
+          if (rc !== 0) throw new Error(str(M._quil_error_text(rc)));
+        } finally {
+          M._free(at);
+        }
+      }
+
+      // The handle's memory, decoded: pinch latches, thumb references, held readings, policy.
+      state() {
+        return decodeState(this.saveState());
+      }
+
+      close() {
+        if (!this._handle) return;
+        if (reaper) reaper.unregister(this);
+        M._quil_hand_close(this._handle);
+        M._free(this._scratch);
+        this._handle = 0;
+        this._scratch = 0;
+      }
+    }
+
+    return Object.freeze({
+      version: str(M._quil_linear_version()),
+      READINGS,
+      TARGETS,
+      DROPOUT_PASS: 'pass',
+      DROPOUT_HOLD: 'hold',
+      hands: () => catalogue.map(copyInfo),
+      hand: (name) => {
+        const ptr = withCString(name, (p) => M._quil_hand_find(p));
+        return ptr ? infoAt(ptr) : null;
+      },
+      suggest: (name, count = 3) => suggest(name, count),
+      open(name) {
+        const handle = withCString(name, (p) => M._quil_hand_open(p));
+        if (!handle) {
+          const close = suggest(name, 3);
+          throw new Error(`no hand named ${name}; closest: ${close.join(', ')}`);
+        }
+        return new Hand(infoAt(M._quil_hand_about(handle)), handle);
+      },
+      decodeState: (bytes) => decodeState(bytes instanceof Uint8Array ? bytes : new Uint8Array(bytes)),
+      stateHand(bytes) {
+        const data = bytes instanceof Uint8Array ? bytes : new Uint8Array(bytes);
+        const at = M._malloc(Math.max(1, data.length));
+        try {
+          M.HEAPU8.set(data, at);
+          const ptr = M._quil_state_hand(at, data.length);
+          return ptr ? str(u32(ptr + INFO_NAME)) : null;
+        } finally {
+          M._free(at);
+        }
+      },
+    });
+  }
+
+  // Served over HTTP the module fetches quil_wasm.wasm next to it. A page opened from disk may
+  // not fetch, so there the module's bytes come from a script holding them.
+  function loadModule() {
+    if (location.protocol !== 'file:') return createQuilModule();
+    return new Promise((resolve, reject) => {
+      const script = document.createElement('script');
+      script.src = 'quil_wasm_binary.js';
+      script.onload = () => {
+        const text = atob(window.QUIL_WASM_BASE64);
+        const bytes = new Uint8Array(text.length);
+        for (let i = 0; i < text.length; i++) bytes[i] = text.charCodeAt(i);
+        resolve(createQuilModule({ wasmBinary: bytes }));
+      };
+      script.onerror = () => reject(new Error('quil_wasm_binary.js did not load'));
+      document.head.append(script);
+    });
+  }
+
+  window.quilReady = loadModule().then(makeApi);
+})();
