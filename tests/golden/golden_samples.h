@@ -1,13 +1,15 @@
-// The glove samples of the golden record: 20 blocks of 1024 samples for every hand, the same on
+// The glove samples of the golden record: 48 blocks of 1024 samples for every hand, the same on
 // every machine (the generator draws only from its own PRNG and exactly rounded arithmetic).
 //
-//   blocks  0-7   pinch sessions: smooth moves between pinches, tripods, fists and open hands,
+//   blocks  0-11  pinch sessions: smooth moves between pinches, tripods, fists and open hands,
 //                 so latches set, hold and release
-//   blocks  8-11  grids: readings on the 0.5 and 0.1 lattices, where the rows' tenths and the
-//                 hands' band and pinch thresholds fall exactly
-//   blocks 12-15  special readings: NaN, +-inf, +-0, huge and subnormal values, alone, several
+//   blocks 12-28  sweeps: each reading in turn walks the 0.1 lattice from -22 to 122.9 while
+//                 the others hold pinch poses on the 0.5 lattice, so every tenth a row can take
+//                 and the hands' band edges and pinch thresholds are met exactly
+//   blocks 29-36  lattices: every reading on the 0.5 lattice, one on the 0.1 lattice
+//   blocks 37-42  special readings: NaN, +-inf, +-0, huge and subnormal values, alone, several
 //                 at once, and as a channel that drops out in the middle of a pinch
-//   blocks 16-19  independent random samples over the whole range and beyond
+//   blocks 43-47  independent random samples over the whole range and beyond
 #pragma once
 
 #include <cstdint>
@@ -21,30 +23,44 @@ using test::Rng;
 using test::Sample;
 
 constexpr std::size_t kBlock = 1024;
-constexpr std::size_t kBlocks = 20;
+constexpr std::size_t kBlocks = 48;
 constexpr std::size_t kSamples = kBlock * kBlocks;
+
+// A reading snapped down to a lattice of 1/`per_unit` (pinch poses stay within +-130).
+inline double snapped(double x, int per_unit) {
+    return static_cast<double>(static_cast<int>(x * per_unit)) / per_unit;
+}
 
 inline std::vector<Sample> samples_for_hand(std::size_t hand_index) {
     const std::uint64_t seed = 0x51F15EEDull + 7919 * hand_index;
-    std::vector<Sample> out = test::pinch_session(seed, 8 * kBlock);
+    std::vector<Sample> out = test::pinch_session(seed, 12 * kBlock);
     Rng rng(seed);
 
-    // Grids: a pinch-session pose with every reading snapped to the 0.5 lattice, then one
-    // channel swept through its neighbourhood on the 0.1 lattice.
-    const std::vector<Sample> poses = test::pinch_session(seed + 1, 4 * kBlock);
-    for (std::size_t k = 0; k < 4 * kBlock; ++k) {
-        Sample s = poses[k];
-        for (double& x : s) x = static_cast<double>(static_cast<int>(x * 2.0)) / 2.0;
-        const std::size_t channel = k % 12;
-        s[channel] = static_cast<double>(static_cast<int>(s[channel] * 10.0) + static_cast<int>(rng.below(41)) - 20) / 10.0;
+    const std::vector<Sample> poses = test::pinch_session(seed + 1, 64);
+    constexpr int kSweep = 1450;  // -22.0 .. 122.9
+    for (int channel = 0; channel < 12; ++channel)
+        for (int k = 0; k < kSweep; ++k) {
+            Sample s = poses[(channel * 5 + k / 290) % poses.size()];
+            for (double& x : s) x = snapped(x, 2);
+            s[channel] = static_cast<double>(k - 220) / 10.0;
+            out.push_back(s);
+        }
+    while (out.size() < 29 * kBlock) out.push_back(out.back());
+
+    const std::vector<Sample> lattice = test::pinch_session(seed + 2, 8 * kBlock);
+    for (std::size_t k = 0; k < lattice.size(); ++k) {
+        Sample s = lattice[k];
+        for (double& x : s) x = snapped(x, 2);
+        const std::size_t channel = rng.below(12);
+        s[channel] = snapped(lattice[k][channel], 10);
         out.push_back(s);
     }
 
     // Special readings, on top of pinch poses so that they meet the pinch rules.
-    const std::vector<Sample> base = test::pinch_session(seed + 2, 4 * kBlock);
+    const std::vector<Sample> base = test::pinch_session(seed + 3, 6 * kBlock);
     const auto& special = test::special_readings();
     std::size_t dropped = 12, drop_left = 0;
-    for (std::size_t k = 0; k < 4 * kBlock; ++k) {
+    for (std::size_t k = 0; k < base.size(); ++k) {
         Sample s = base[k];
         const std::size_t how = rng.below(4);
         if (how == 0) {
@@ -62,7 +78,7 @@ inline std::vector<Sample> samples_for_hand(std::size_t hand_index) {
         out.push_back(s);
     }
 
-    const std::vector<Sample> wide = test::random_samples(seed + 3, 4 * kBlock);
+    const std::vector<Sample> wide = test::random_samples(seed + 4, 5 * kBlock);
     out.insert(out.end(), wide.begin(), wide.end());
     return out;
 }

@@ -1,9 +1,10 @@
 // The golden record: for every hand, the SHA-256 of each block of 1024 samples' targets (24
-// little-endian doubles per sample) and a 16-bit digest of every single sample (the first two
-// bytes of its own SHA-256, little-endian), so a difference is named down to the sample.
+// little-endian doubles per sample), and an 8-bit digest of every single sample (the first byte
+// of its own SHA-256), so a difference is named down to the sample (a changed sample keeps its
+// digest once in 256 times; the block's SHA-256 still tells the change).
 //
 //   tests/golden/record.txt      "HAND BLOCK SHA256" lines, in catalogue order
-//   tests/golden/samples.digest  the per-sample digests, hand after hand, 2 bytes each
+//   tests/golden/samples.digest  the per-sample digests, hand after hand, a byte each
 #pragma once
 
 #include <openssl/sha.h>
@@ -25,7 +26,7 @@ namespace quil::golden {
 struct HandRecord {
     std::string name;
     std::vector<std::string> block_sha;      // kBlocks hex strings
-    std::vector<std::uint16_t> sample_digest;  // kSamples
+    std::vector<std::uint8_t> sample_digest;  // kSamples
 };
 
 inline std::string hex(const unsigned char* p, std::size_t n) {
@@ -51,7 +52,7 @@ inline HandRecord record_of(const std::string& name, const std::vector<double>& 
     }
     for (std::size_t s = 0; s < kSamples; ++s) {
         SHA256(bytes_of(&targets[s * 24]), 24 * sizeof(double), md);
-        r.sample_digest.push_back(static_cast<std::uint16_t>(md[0] | (md[1] << 8)));
+        r.sample_digest.push_back(md[0]);
     }
     return r;
 }
@@ -64,10 +65,7 @@ inline void write_record(const std::string& dir, const std::vector<HandRecord>& 
            "# Made by 'bash scripts/golden.sh regenerate' from the C exports; see README, Reliability.\n";
     for (const HandRecord& h : hands) {
         for (std::size_t b = 0; b < kBlocks; ++b) txt << h.name << ' ' << b << ' ' << h.block_sha[b] << '\n';
-        for (std::uint16_t d : h.sample_digest) {
-            const unsigned char le[2] = {static_cast<unsigned char>(d & 0xFF), static_cast<unsigned char>(d >> 8)};
-            bin.write(reinterpret_cast<const char*>(le), 2);
-        }
+        bin.write(reinterpret_cast<const char*>(h.sample_digest.data()), static_cast<std::streamsize>(kSamples));
     }
     if (!txt.flush() || !bin.flush()) throw std::runtime_error("cannot write the record in " + dir);
 }
@@ -86,11 +84,9 @@ inline std::vector<HandRecord> read_record(const std::string& dir) {
         hands.back().block_sha.push_back(sha);
     }
     for (HandRecord& h : hands) {
-        std::vector<unsigned char> raw(kSamples * 2);
-        if (!bin.read(reinterpret_cast<char*>(raw.data()), static_cast<std::streamsize>(raw.size())))
+        h.sample_digest.resize(kSamples);
+        if (!bin.read(reinterpret_cast<char*>(h.sample_digest.data()), static_cast<std::streamsize>(kSamples)))
             throw std::runtime_error("samples.digest is short");
-        for (std::size_t s = 0; s < kSamples; ++s)
-            h.sample_digest.push_back(static_cast<std::uint16_t>(raw[2 * s] | (raw[2 * s + 1] << 8)));
     }
     return hands;
 }
