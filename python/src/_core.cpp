@@ -86,23 +86,28 @@ class PyHand {
 
     const quil_hand_info& info() const { return *quil_hand_about(hand_.get()); }
 
-    py::array map(py::handle readings) {
-        const Rows rows = as_rows(as_ndarray(readings));
+    py::array map(py::handle readings, py::handle out) {
+        Rows rows = as_rows(as_ndarray(readings));
         const std::size_t n = rows.ndim() == 1 ? 1 : static_cast<std::size_t>(rows.shape(0));
-        py::array_t<double> targets = rows.ndim() == 1 ? py::array_t<double>(QUIL_TARGETS)
-                                                        : py::array_t<double>({rows.shape(0), py::ssize_t{QUIL_TARGETS}});
+        py::array targets = out.is_none() ? new_targets(rows) : caller_targets(out, rows);
+        double* t = static_cast<double*>(targets.mutable_data());
+        // The hand reads all of a sample's readings before it writes the sample's targets, but
+        // not all samples before all targets: readings that share memory with `out` are copied.
+        const char* r = reinterpret_cast<const char*>(rows.data());
+        const char* tb = reinterpret_cast<const char*>(t);
+        if (r < tb + n * QUIL_TARGETS * sizeof(double) && tb < r + n * QUIL_READINGS * sizeof(double))
+            rows = Rows::ensure(py::array(rows.attr("copy")()));
         const double* in = rows.data();
-        double* out = targets.mutable_data();
         if (rows.ndim() == 1) {
             const auto lock = acquire();
-            quil_hand_map(hand_.get(), in, out);
+            quil_hand_map(hand_.get(), in, t);
         } else {
             // The arrays stay referenced by `rows` and `targets` while the GIL is released.
             py::gil_scoped_release released;
             const std::lock_guard<std::mutex> lock(mutex_);
-            quil_hand_map_n(hand_.get(), n, in, out);
+            quil_hand_map_n(hand_.get(), n, in, t);
         }
-        return std::move(targets);
+        return targets;
     }
 
     void reset() {
@@ -161,6 +166,30 @@ class PyHand {
     }
 
   private:
+    static py::array new_targets(const Rows& rows) {
+        if (rows.ndim() == 1) return py::array_t<double>(QUIL_TARGETS);
+        return py::array_t<double>({rows.shape(0), py::ssize_t{QUIL_TARGETS}});
+    }
+
+    // The caller's array for the targets: float64, C-contiguous, aligned, writeable, and the
+    // shape the readings ask for. Nothing is converted: the targets land where the caller said.
+    static py::array caller_targets(py::handle out, const Rows& rows) {
+        if (!py::isinstance<py::array>(out)) throw py::type_error("out must be a NumPy array of float64");
+        const auto a = py::reinterpret_borrow<py::array>(out);
+        if (!npy::get().PyArray_EquivTypes_(a.dtype().ptr(), py::dtype::of<double>().ptr()))
+            throw py::type_error("out must be of dtype float64 in native byte order; got " + std::string(py::str(a.dtype())));
+        const bool shape_ok = rows.ndim() == 1 ? a.ndim() == 1 && a.shape(0) == QUIL_TARGETS
+                                               : a.ndim() == 2 && a.shape(0) == rows.shape(0) && a.shape(1) == QUIL_TARGETS;
+        if (!shape_ok) {
+            const std::string want = rows.ndim() == 1 ? "(24,)" : "(" + std::to_string(rows.shape(0)) + ", 24)";
+            throw py::value_error("out must have shape " + want + " for these readings; got " + shape_text(a));
+        }
+        const int flags = py::detail::array_proxy(a.ptr())->flags;
+        if (!(flags & npy::NPY_ARRAY_C_CONTIGUOUS_) || !(flags & npy::NPY_ARRAY_ALIGNED_) || !a.writeable())
+            throw py::value_error("out must be C-contiguous, aligned and writeable");
+        return a;
+    }
+
     static quil_linear::Hand open(const std::string& name, const std::string& dropout) {
         const Dropout d = dropout_from(dropout);
         // A name with a NUL would be cut short at it and could open a hand that was not asked for.
@@ -240,15 +269,17 @@ a pinch between samples. copy.copy and pickle carry that memory, so a session ca
 another process or machine and carry on exactly where it was.
 )doc")
         .def(py::init<const std::string&, const std::string&>(), py::arg("name"), py::arg("dropout") = "pass")
-        .def("map", &PyHand::map, py::arg("readings"), R"doc(
+        .def("map", &PyHand::map, py::arg("readings"), py::arg("out") = py::none(), R"doc(
 Maps glove readings to joint targets, in order, through the hand's memory.
 
 readings  12 readings x0..x11 of one sample (shape (12,)) -> targets of shape (24,), or N
           samples (shape (N, 12)) -> targets of shape (N, 24). Any integer or floating dtype
-          and any memory layout; the result is always a new float64 array. A batch runs
-          without the GIL.
+          and any memory layout. A batch runs without the GIL.
+out       where to write the targets: a C-contiguous float64 array of that shape (a reused
+          buffer, a memory-mapped .npy file). By default a new array.
 
-Raises ValueError for any other shape and TypeError for non-real dtypes.
+Returns the targets (`out` when given). Raises ValueError for any other shape and TypeError
+for non-real dtypes.
 )doc")
         .def("reset", &PyHand::reset,
              "Back to the start-up state: pinch latches open, references and held readings 0. Keeps the dropout policy.")

@@ -219,3 +219,32 @@ def test_bad_states_are_refused_and_leave_the_hand_alone(state, error, match):
     with pytest.raises(error, match=match):
         hand.restore(state)
     assert hand.state == before
+
+
+def test_targets_into_callers_array():
+    expected = quil_linear.Hand("CHOHO_Hand").map(SESSION)
+    out = np.full((600, 24), np.nan)
+    hand = quil_linear.Hand("CHOHO_Hand")
+    hand.map(SESSION[:1], out=out[:1])
+    hand.map(SESSION[1:], out=out[1:])
+    assert same_bits(out, expected)
+    # Readings that live in the target array itself are read before they are overwritten.
+    shared = np.zeros((600, 24))
+    shared.reshape(-1)[:600 * 12] = SESSION.reshape(-1)
+    readings = shared.reshape(-1)[:600 * 12].reshape(600, 12)
+    assert quil_linear.Hand("CHOHO_Hand").map(readings, out=shared) is shared
+    assert same_bits(shared, expected)
+
+
+@pytest.mark.parametrize("out, error", [
+    (np.zeros((600, 24), np.float32), TypeError),
+    (np.zeros((600, 24), ">f8"), TypeError),
+    ([[0.0] * 24] * 600, TypeError),
+    (np.zeros((599, 24)), ValueError),
+    (np.zeros(24), ValueError),
+    (np.zeros((600, 48))[:, ::2], ValueError),
+    (np.broadcast_to(np.zeros(24), (600, 24)), ValueError),
+])
+def test_bad_target_arrays_are_refused(out, error):
+    with pytest.raises(error, match="out must"):
+        quil_linear.Hand("CHOHO_Hand").map(SESSION, out=out)
