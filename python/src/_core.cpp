@@ -86,15 +86,15 @@ class PyHand {
 
     const quil_hand_info& info() const { return *quil_hand_about(hand_.get()); }
 
-    py::array map(py::handle readings, py::handle out) {
+    py::array map(const py::object& readings, const py::object& out) {
         Rows rows = as_rows(as_ndarray(readings));
         const std::size_t n = rows.ndim() == 1 ? 1 : static_cast<std::size_t>(rows.shape(0));
         py::array targets = out.is_none() ? new_targets(rows) : caller_targets(out, rows);
         double* t = static_cast<double*>(targets.mutable_data());
-        // The hand reads all of a sample's readings before it writes the sample's targets, but
-        // not all samples before all targets: readings that share memory with `out` are copied.
-        const char* r = reinterpret_cast<const char*>(rows.data());
-        const char* tb = reinterpret_cast<const char*>(t);
+        // The hand writes a sample's targets while later samples' readings are still to be read,
+        // so readings that share memory with `out` are copied first.
+        const auto r = reinterpret_cast<std::uintptr_t>(rows.data());
+        const auto tb = reinterpret_cast<std::uintptr_t>(t);
         if (r < tb + n * QUIL_TARGETS * sizeof(double) && tb < r + n * QUIL_READINGS * sizeof(double))
             rows = Rows::ensure(py::array(rows.attr("copy")()));
         const double* in = rows.data();
@@ -136,7 +136,7 @@ class PyHand {
         return py::bytes(reinterpret_cast<const char*>(buffer.data()), size);
     }
 
-    void restore(py::handle state) {
+    void restore(const py::object& state) {
         if (!PyObject_CheckBuffer(state.ptr()) || py::isinstance<py::str>(state))
             throw py::type_error("a hand state is bytes, as Hand.state gives it; got " +
                                  std::string(py::str(py::type::of(state).attr("__name__"))));
