@@ -51,6 +51,22 @@ def pinch_walk(n, seed):
     return out
 
 
+def latches(state):
+    """The four pinch latches of a saved state (bytes 41..44 of the record), for tests that must
+    know a sequence really closes a pinch."""
+    return list(state[41:45])
+
+
+def first_latched(name, readings):
+    """How many samples of `readings` a fresh hand takes until one of its pinch latches is set."""
+    hand = quil_linear.Hand(name)
+    for k, sample in enumerate(readings, 1):
+        hand.map(sample)
+        if any(latches(hand.state)):
+            return k
+    raise AssertionError("%s never latched a pinch" % name)
+
+
 def same_bits(a, b):
     """Equal bit for bit: signs of zeros and NaNs included."""
     a, b = np.ascontiguousarray(a, np.float64), np.ascontiguousarray(b, np.float64)

@@ -10,7 +10,7 @@ import numpy as np
 import pytest
 
 import quil_linear
-from conftest import HANDS, STATEFUL, pinch_walk, random_readings, same_bits
+from conftest import HANDS, STATEFUL, first_latched, pinch_walk, random_readings, same_bits
 
 SESSION = pinch_walk(600, seed=3)
 
@@ -27,29 +27,31 @@ def test_batch_chunks_and_single_samples_agree(name):
 
 @pytest.mark.parametrize("name", STATEFUL)
 def test_memory_travels_with_state_copy_and_pickle(name):
+    split = first_latched(name, SESSION)  # in the middle of a pinch
     whole = quil_linear.Hand(name).map(SESSION)
     hand = quil_linear.Hand(name)
-    hand.map(SESSION[:300])
+    hand.map(SESSION[:split])
     restored = quil_linear.Hand(name)
     restored.restore(bytearray(hand.state))
     carried = [copy.copy(hand), copy.deepcopy(hand), pickle.loads(pickle.dumps(hand)), restored]
-    assert same_bits(hand.map(SESSION[300:]), whole[300:])  # the original goes on unaffected
+    assert same_bits(hand.map(SESSION[split:]), whole[split:])  # the original goes on unaffected
     for twin in carried:
-        assert same_bits(twin.map(SESSION[300:]), whole[300:])
+        assert same_bits(twin.map(SESSION[split:]), whole[split:])
     hand.reset()
     assert same_bits(hand.map(SESSION), whole)
 
 
 def test_pickled_hand_carries_on_in_another_process(tmp_path):
     name = STATEFUL[0]
+    split = first_latched(name, SESSION)
     whole = quil_linear.Hand(name, dropout="hold").map(SESSION)
     hand = quil_linear.Hand(name, dropout="hold")
-    hand.map(SESSION[:300])
-    (tmp_path / "hand.pickle").write_bytes(pickle.dumps((hand, SESSION[300:])))
+    hand.map(SESSION[:split])
+    (tmp_path / "hand.pickle").write_bytes(pickle.dumps((hand, SESSION[split:])))
     code = ("import pickle, sys, numpy as np; hand, rest = pickle.load(open(sys.argv[1], 'rb'));"
             "assert hand.dropout == 'hold'; np.save(sys.argv[2], hand.map(rest))")
     subprocess.run([sys.executable, "-c", code, str(tmp_path / "hand.pickle"), str(tmp_path / "rest.npy")], check=True)
-    assert same_bits(np.load(tmp_path / "rest.npy"), whole[300:])
+    assert same_bits(np.load(tmp_path / "rest.npy"), whole[split:])
 
 
 @pytest.mark.parametrize("name", STATEFUL)
@@ -105,17 +107,14 @@ def test_batch_lets_other_threads_run():
 def test_threads_sharing_one_hand_are_serialised():
     hand = quil_linear.Hand("QUIL_linear_AD")  # stateless: any order gives the same rows
     expected = quil_linear.Hand("QUIL_linear_AD").map(SESSION)
-    results = [None] * 4
-
-    def run(i):
-        results[i] = [hand.map(SESSION) for _ in range(20)] + [np.array([hand.map(x) for x in SESSION])]
-
-    threads = [threading.Thread(target=run, args=(i,)) for i in range(4)]
+    results = []
+    threads = [threading.Thread(target=lambda: results.extend([hand.map(SESSION) for _ in range(20)] + [
+        np.array([hand.map(x) for x in SESSION])])) for _ in range(4)]
     for t in threads:
         t.start()
     for t in threads:
         t.join()
-    assert all(same_bits(r, expected) for rs in results for r in rs)
+    assert len(results) == 84 and all(same_bits(r, expected) for r in results)
 
 
 # Readings in any real dtype and layout; integers, so that every dtype holds them exactly.
@@ -124,13 +123,11 @@ LAYOUTS = {
     "float32": lambda: INTS.astype(np.float32),
     "int16": lambda: INTS.astype(np.int16),
     "uint8": lambda: (INTS + 20).astype(np.uint8),
-    "int64": lambda: INTS,
     "float16": lambda: INTS.astype(np.float16),
     "big-endian": lambda: INTS.astype(">f8"),
     "longdouble": lambda: INTS.astype(np.longdouble),
     "Fortran order": lambda: np.asfortranarray(INTS, dtype=np.float64),
     "every other column": lambda: np.repeat(INTS.astype(np.float64), 2, axis=1)[:, ::2],
-    "reversed twice": lambda: INTS[::-1].astype(np.float64)[::-1],
     "unaligned": lambda: np.frombuffer(b"\0" + INTS.astype(np.float64).tobytes(), np.float64, offset=1).reshape(50, 12),
     "list of lists": lambda: INTS.tolist(),
 }
@@ -163,10 +160,6 @@ def test_any_real_dtype_and_layout(layout):
 def test_bad_readings_are_refused(readings, error):
     with pytest.raises(error, match="readings|shape|sequence"):
         quil_linear.Hand("CHOHO_Hand").map(readings)
-
-
-def test_empty_batch_gives_empty_targets():
-    assert quil_linear.Hand("CHOHO_Hand").map(np.zeros((0, 12), np.int32)).shape == (0, 24)
 
 
 @pytest.mark.parametrize("name, error, match", [
