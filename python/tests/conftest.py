@@ -57,14 +57,15 @@ def latches(state):
     return list(state[41:45])
 
 
-def first_latched(name, readings):
-    """How many samples of `readings` a fresh hand takes until one of its pinch latches is set."""
-    hand = quil_linear.Hand(name)
-    for k, sample in enumerate(readings, 1):
-        hand.map(sample)
-        if any(latches(hand.state)):
+def memory_matters_at(name, readings):
+    """The first sample k where the hand's memory matters: a fresh hand given readings[k:] maps
+    them differently from one that has seen readings[:k] first. A session split there (say, in
+    the middle of a pinch) carries on correctly only if the memory goes along."""
+    whole = quil_linear.Hand(name).map(readings)
+    for k in range(1, len(readings)):
+        if not same_bits(quil_linear.Hand(name).map(readings[k:]), whole[k:]):
             return k
-    raise AssertionError("%s never latched a pinch" % name)
+    raise AssertionError("%s: no sample of this session depends on the ones before it" % name)
 
 
 def same_bits(a, b):

@@ -10,7 +10,7 @@ import numpy as np
 import pytest
 
 import quil_linear
-from conftest import HANDS, STATEFUL, first_latched, pinch_walk, random_readings, same_bits
+from conftest import HANDS, STATEFUL, memory_matters_at, pinch_walk, random_readings, same_bits
 
 SESSION = pinch_walk(600, seed=3)
 
@@ -27,7 +27,7 @@ def test_batch_chunks_and_single_samples_agree(name):
 
 @pytest.mark.parametrize("name", STATEFUL)
 def test_memory_travels_with_state_copy_and_pickle(name):
-    split = first_latched(name, SESSION)  # in the middle of a pinch
+    split = memory_matters_at(name, SESSION)
     whole = quil_linear.Hand(name).map(SESSION)
     hand = quil_linear.Hand(name)
     hand.map(SESSION[:split])
@@ -43,7 +43,7 @@ def test_memory_travels_with_state_copy_and_pickle(name):
 
 def test_pickled_hand_carries_on_in_another_process(tmp_path):
     name = STATEFUL[0]
-    split = first_latched(name, SESSION)
+    split = memory_matters_at(name, SESSION)
     whole = quil_linear.Hand(name, dropout="hold").map(SESSION)
     hand = quil_linear.Hand(name, dropout="hold")
     hand.map(SESSION[:split])
