@@ -67,7 +67,10 @@ if __name__ == "__main__":
 
     data = np.loadtxt(args.session, delimiter=",", skiprows=1)
     time_s, readings = data[:, 0], data[:, 1:13]
-    hand = quil_linear.Hand(args.hand)
+    try:
+        hand = quil_linear.Hand(args.hand)
+    except ValueError as e:  # an unknown name, answered with the closest ones
+        raise SystemExit(str(e))
     targets = hand.map(readings)  # every sample in order, through the hand's pinch memory
 
     stem = os.path.splitext(os.path.basename(args.session))[0]
