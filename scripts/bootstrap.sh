@@ -4,7 +4,12 @@
 set -euo pipefail
 
 packages=(g++ cmake ninja-build pkg-config libgtest-dev libbenchmark-dev python3 librsvg2-bin
-          libcli11-dev libssl-dev clang-14 libfuzzer-14-dev emscripten chromium)
+          libcli11-dev libssl-dev)
+# The fuzzers, the browser explorer and its tests.
+packages+=(clang-14 libfuzzer-14-dev emscripten chromium)
+# The Python package (built offline into a venv of Debian's python3), its tests and examples.
+packages+=(python3-dev python3-venv python3-setuptools python3-wheel python3-pybind11 python3-numpy
+           python3-pytest python3-matplotlib python3-distributed)
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")

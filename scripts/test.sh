@@ -3,7 +3,8 @@
 # exports, the golden record, the C host test that loads the shared library with dlopen, the
 # examples, the exported-symbol check and the install/find_package check, first in the release
 # build, then the same suite under AddressSanitizer and UndefinedBehaviorSanitizer, then the
-# concurrency tests under ThreadSanitizer, and the hand explorer in headless Chromium.
+# concurrency tests under ThreadSanitizer, the Python package, and the hand explorer in headless
+# Chromium.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/bootstrap.sh
@@ -14,6 +15,9 @@ echo "== release build"
 cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
 cmake --build build -j "$jobs"
 ctest --test-dir build --output-on-failure -j "$jobs"
+
+echo "== Python package against the release build"
+bash scripts/test_python.sh build
 
 echo "== AddressSanitizer + UndefinedBehaviorSanitizer build"
 cmake -S . -B build-sanitize -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQUIL_LINEAR_SANITIZE=ON \

@@ -1,0 +1,310 @@
+// quil_linear._core: the hand API of quil_linear/hand.hpp for Python and NumPy.
+//
+// A Python Hand owns one quil_linear::Hand (one handle, one glove's memory). Readings of any
+// real dtype and layout are converted once to C-contiguous float64 and mapped in one
+// quil_hand_map_n call; a batch runs with the GIL released, so hands of different gloves map
+// on different threads at once. A handle must not be entered by two threads at a time, so each
+// Hand carries a mutex that every call on it takes: two Python threads sharing one Hand are
+// serialised instead of racing on its pinch latches.
+#include <pybind11/numpy.h>
+#include <pybind11/pybind11.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+
+#include "quil_linear/hand.hpp"
+
+#if defined(__FAST_MATH__)
+#error "quil_linear must be built without -ffast-math: the hands' results are bit-exact"
+#endif
+
+namespace py = pybind11;
+using quil_linear::Dropout;
+
+namespace {
+
+using npy = py::detail::npy_api;
+
+const char* dropout_name(Dropout d) { return d == Dropout::hold ? "hold" : "pass"; }
+
+Dropout dropout_from(const std::string& name) {
+    if (name == "pass") return Dropout::pass;
+    if (name == "hold") return Dropout::hold;
+    throw py::value_error("dropout must be \"pass\" (non-finite readings go to the hand as they are) or "
+                          "\"hold\" (a dropped channel keeps its last finite reading); got \"" + name + "\"");
+}
+
+py::tuple roles_of(const quil_hand_info& info) {
+    py::tuple roles(QUIL_TARGETS);
+    for (std::size_t s = 0; s < QUIL_TARGETS; ++s) roles[s] = py::str(info.slot_roles[s]);
+    return roles;
+}
+
+// The shape of the readings as "(a, b)", for error messages.
+std::string shape_text(const py::array& a) {
+    std::string s = "(";
+    for (py::ssize_t d = 0; d < a.ndim(); ++d) s += (d ? ", " : "") + std::to_string(a.shape(d));
+    return s + (a.ndim() == 1 ? ",)" : ")");
+}
+
+// The readings as an ndarray, whatever sequence they came as; NumPy's own error (a ragged
+// list, say) is passed on as it is.
+py::array as_ndarray(py::handle readings) {
+    if (py::isinstance<py::array>(readings)) return py::reinterpret_borrow<py::array>(readings);
+    PyObject* a = npy::get().PyArray_FromAny_(readings.ptr(), nullptr, 0, 0, npy::NPY_ARRAY_ENSUREARRAY_, nullptr);
+    if (!a) throw py::error_already_set();
+    return py::reinterpret_steal<py::array>(a);
+}
+
+// Readings as the C-contiguous, aligned, native float64 rows the hand reads. Only real numbers
+// are readings: booleans, complex numbers, strings, objects and dates are refused rather than
+// silently converted into finger angles.
+using Rows = py::array_t<double, py::array::c_style | py::array::forcecast | npy::NPY_ARRAY_ALIGNED_>;
+
+Rows as_rows(const py::array& a) {
+    const char kind = a.dtype().kind();
+    if (kind != 'f' && kind != 'i' && kind != 'u')
+        throw py::type_error("readings must be real numbers (an integer or floating dtype); got dtype " +
+                             std::string(py::str(a.dtype())));
+    const bool one = a.ndim() == 1 && a.shape(0) == QUIL_READINGS;
+    const bool many = a.ndim() == 2 && a.shape(1) == QUIL_READINGS;
+    if (!one && !many)
+        throw py::value_error("readings must have shape (12,) for one sample or (N, 12) for N samples; got shape " +
+                              shape_text(a));
+    return Rows::ensure(a);
+}
+
+class PyHand {
+  public:
+    PyHand(const std::string& name, const std::string& dropout) : hand_(open(name, dropout)) {}
+
+    const quil_hand_info& info() const { return *quil_hand_about(hand_.get()); }
+
+    py::array map(const py::object& readings, const py::object& out) {
+        Rows rows = as_rows(as_ndarray(readings));
+        const std::size_t n = rows.ndim() == 1 ? 1 : static_cast<std::size_t>(rows.shape(0));
+        py::array targets = out.is_none() ? new_targets(rows) : caller_targets(out, rows);
+        double* t = static_cast<double*>(targets.mutable_data());
+        // The hand writes a sample's targets while later samples' readings are still to be read,
+        // so readings that share memory with `out` are copied first.
+        const auto r = reinterpret_cast<std::uintptr_t>(rows.data());
+        const auto tb = reinterpret_cast<std::uintptr_t>(t);
+        if (r < tb + n * QUIL_TARGETS * sizeof(double) && tb < r + n * QUIL_READINGS * sizeof(double))
+            rows = Rows::ensure(py::array(rows.attr("copy")()));
+        const double* in = rows.data();
+        if (rows.ndim() == 1) {
+            const auto lock = acquire();
+            quil_hand_map(hand_.get(), in, t);
+        } else {
+            // The arrays stay referenced by `rows` and `targets` while the GIL is released.
+            py::gil_scoped_release released;
+            const std::lock_guard<std::mutex> lock(mutex_);
+            quil_hand_map_n(hand_.get(), n, in, t);
+        }
+        return targets;
+    }
+
+    void reset() {
+        const auto lock = acquire();
+        hand_.reset();
+    }
+
+    std::string dropout() {
+        const auto lock = acquire();
+        return dropout_name(hand_.dropout());
+    }
+
+    void set_dropout(const std::string& name) {
+        const Dropout d = dropout_from(name);
+        const auto lock = acquire();
+        hand_.set_dropout(d);
+    }
+
+    py::bytes state() {
+        std::array<unsigned char, QUIL_HAND_STATE_CAPACITY> buffer;
+        std::size_t size;
+        {
+            const auto lock = acquire();
+            size = quil_hand_save_state(hand_.get(), buffer.data(), buffer.size());
+        }
+        return py::bytes(reinterpret_cast<const char*>(buffer.data()), size);
+    }
+
+    void restore(const py::object& state) {
+        if (!PyObject_CheckBuffer(state.ptr()) || py::isinstance<py::str>(state))
+            throw py::type_error("a hand state is bytes, as Hand.state gives it; got " +
+                                 std::string(py::str(py::type::of(state).attr("__name__"))));
+        const py::buffer_info bytes = py::reinterpret_borrow<py::buffer>(state).request();
+        if (!is_contiguous(bytes)) throw py::value_error("a hand state must be one contiguous run of bytes");
+        const auto lock = acquire();
+        try {
+            hand_.restore(bytes.ptr, static_cast<std::size_t>(bytes.size * bytes.itemsize));
+        } catch (const quil_linear::Error& e) {
+            throw py::value_error(e.what());
+        }
+    }
+
+    // A new Hand of the same hand carrying this one's memory and dropout policy.
+    std::unique_ptr<PyHand> copy() {
+        const py::bytes s = state();
+        auto twin = std::make_unique<PyHand>(info().name, "pass");
+        twin->restore(s);
+        return twin;
+    }
+
+    std::string repr() {
+        const quil_hand_info& i = info();
+        return std::string("<quil_linear.Hand '") + i.name + "' " + i.version + ", " +
+               (i.keeps_state ? "keeps state between samples" : "no state between samples") + ", dropout='" +
+               dropout() + "'>";
+    }
+
+  private:
+    static py::array new_targets(const Rows& rows) {
+        if (rows.ndim() == 1) return py::array_t<double>(QUIL_TARGETS);
+        return py::array_t<double>({rows.shape(0), py::ssize_t{QUIL_TARGETS}});
+    }
+
+    // The caller's array for the targets: float64, C-contiguous, aligned, writeable, and the
+    // shape the readings ask for. Nothing is converted: the targets land where the caller said.
+    static py::array caller_targets(py::handle out, const Rows& rows) {
+        if (!py::isinstance<py::array>(out)) throw py::type_error("out must be a NumPy array of float64");
+        const auto a = py::reinterpret_borrow<py::array>(out);
+        if (!npy::get().PyArray_EquivTypes_(a.dtype().ptr(), py::dtype::of<double>().ptr()))
+            throw py::type_error("out must be of dtype float64 in native byte order; got " + std::string(py::str(a.dtype())));
+        const bool shape_ok = rows.ndim() == 1 ? a.ndim() == 1 && a.shape(0) == QUIL_TARGETS
+                                               : a.ndim() == 2 && a.shape(0) == rows.shape(0) && a.shape(1) == QUIL_TARGETS;
+        if (!shape_ok) {
+            const std::string want = rows.ndim() == 1 ? "(24,)" : "(" + std::to_string(rows.shape(0)) + ", 24)";
+            throw py::value_error("out must have shape " + want + " for these readings; got " + shape_text(a));
+        }
+        const int flags = py::detail::array_proxy(a.ptr())->flags;
+        if (!(flags & npy::NPY_ARRAY_C_CONTIGUOUS_) || !(flags & npy::NPY_ARRAY_ALIGNED_) || !a.writeable())
+            throw py::value_error("out must be C-contiguous, aligned and writeable");
+        return a;
+    }
+
+    static quil_linear::Hand open(const std::string& name, const std::string& dropout) {
+        const Dropout d = dropout_from(dropout);
+        // A name with a NUL would be cut short at it and could open a hand that was not asked for.
+        if (name.find('\0') != std::string::npos) throw py::value_error("a hand name cannot contain a NUL character");
+        try {
+            return quil_linear::Hand(name, d);
+        } catch (const quil_linear::Error& e) {
+            throw py::value_error(e.what());
+        }
+    }
+
+    static bool is_contiguous(const py::buffer_info& b) {
+        py::ssize_t expect = b.itemsize;
+        for (py::ssize_t d = b.ndim - 1; d >= 0; --d) {
+            if (b.shape[d] != 1 && b.strides[d] != expect) return false;
+            expect *= b.shape[d];
+        }
+        return true;
+    }
+
+    // Takes the Hand's mutex while holding the GIL. If another thread is inside a batch on this
+    // Hand (it runs without the GIL), wait for it with the GIL released, so that the batch's
+    // thread and every other Python thread keep going.
+    std::unique_lock<std::mutex> acquire() {
+        std::unique_lock<std::mutex> lock(mutex_, std::try_to_lock);
+        if (!lock.owns_lock()) {
+            py::gil_scoped_release released;
+            lock.lock();
+        }
+        return lock;
+    }
+
+    quil_linear::Hand hand_;
+    std::mutex mutex_;
+};
+
+}  // namespace
+
+PYBIND11_MODULE(_core, m) {
+    m.doc() = "The compiled hand API of quil_linear; use the quil_linear package.";
+
+    m.def("version", [] { return std::string(quil_linear_version()); },
+          "The library's version, \"MAJOR.MINOR.PATCH\".");
+
+    m.def("catalogue", [] {
+        py::list hands;
+        for (std::size_t i = 0; i < quil_hand_count(); ++i) {
+            const quil_hand_info& h = *quil_hand_at(i);
+            hands.append(py::make_tuple(h.name, h.version, h.keeps_state != 0, h.persistent_buffer != 0, roles_of(h)));
+        }
+        return hands;
+    }, "Every hand as (name, version, keeps_state, persistent_buffer, slot_roles), in catalogue order.");
+
+    m.def("closest", [](const std::string& name, std::size_t count) {
+        std::array<const quil_hand_info*, 32> best{};
+        const std::size_t n = quil_hand_suggest(name.c_str(), best.data(), std::min(count, best.size()));
+        py::list names;
+        for (std::size_t i = 0; i < n; ++i) names.append(best[i]->name);
+        return names;
+    }, py::arg("name"), py::arg("count") = 3, "The names of the hands closest to `name`, best first.");
+
+    m.attr("STATE_CAPACITY") = QUIL_HAND_STATE_CAPACITY;
+
+    py::class_<PyHand>(m, "Hand", R"doc(
+One robot hand driven by one glove, with its own memory from sample to sample.
+
+Hand(name, dropout="pass")
+
+name     a hand of quil_linear.hands(), exactly or ignoring case; an unknown name raises
+         ValueError naming the closest hands.
+dropout  what the hand does with a NaN or infinite reading, as a glove sends when a channel
+         drops out: "pass" gives it to the hand as it is (exactly what the C export does),
+         "hold" keeps the channel's last finite reading instead.
+
+Open one Hand per glove and feed it the samples in time order: hands that keep state remember
+a pinch between samples. copy.copy and pickle carry that memory, so a session can move to
+another process or machine and carry on exactly where it was.
+)doc")
+        .def(py::init<const std::string&, const std::string&>(), py::arg("name"), py::arg("dropout") = "pass")
+        .def("map", &PyHand::map, py::arg("readings"), py::arg("out") = py::none(), R"doc(
+Maps glove readings to joint targets, in order, through the hand's memory.
+
+readings  12 readings x0..x11 of one sample (shape (12,)) -> targets of shape (24,), or N
+          samples (shape (N, 12)) -> targets of shape (N, 24). Any integer or floating dtype
+          and any memory layout. A batch runs without the GIL.
+out       where to write the targets: a C-contiguous float64 array of that shape (a reused
+          buffer, a memory-mapped .npy file). By default a new array.
+
+Returns the targets (`out` when given). Raises ValueError for any other shape and TypeError
+for non-real dtypes.
+)doc")
+        .def("reset", &PyHand::reset,
+             "Back to the start-up state: pinch latches open, references and held readings 0. Keeps the dropout policy.")
+        .def_property_readonly("state", &PyHand::state,
+                               "The hand's memory and dropout policy as a small portable bytes string.")
+        .def("restore", &PyHand::restore, py::arg("state"),
+             "Carries on from a `state` of a Hand of the same hand. ValueError for a state of another hand or a "
+             "damaged one (the hand is then unchanged).")
+        .def_property("dropout", &PyHand::dropout, &PyHand::set_dropout,
+                      "\"pass\" or \"hold\": what the hand does with a NaN or infinite reading from the next sample on.")
+        .def_property_readonly("name", [](PyHand& h) { return std::string(h.info().name); })
+        .def_property_readonly("version", [](PyHand& h) { return std::string(h.info().version); },
+                               "What the hand's C export <name>_GetVersion() answers.")
+        .def_property_readonly("keeps_state", [](PyHand& h) { return h.info().keeps_state != 0; },
+                               "True when the hand remembers pinches or thumb references between samples.")
+        .def_property_readonly("slot_roles", [](PyHand& h) { return roles_of(h.info()); },
+                               "What the hand's rules drive in each of the 24 output slots.")
+        .def("__repr__", &PyHand::repr)
+        .def("__copy__", &PyHand::copy)
+        .def("__deepcopy__", [](PyHand& h, py::handle) { return h.copy(); }, py::arg("memo"))
+        .def(py::pickle([](PyHand& h) { return py::make_tuple(std::string(h.info().name), h.state()); },
+                        [](const py::tuple& t) {
+                            if (t.size() != 2) throw py::value_error("not a pickled quil_linear.Hand");
+                            auto hand = std::make_unique<PyHand>(t[0].cast<std::string>(), "pass");
+                            hand->restore(t[1]);
+                            return hand;
+                        }));
+}
