@@ -66,15 +66,20 @@ const HandModel* find_hand_model(std::string_view name) {
 }
 
 std::size_t closest_hand_models(std::string_view name, const HandModel** out, std::size_t capacity) {
-    std::size_t score[kHandCount];
+    // A name that contains what was typed ("xhand1", "o7") is a better guess than its edit
+    // distance to the full maker-and-model name suggests; among those, and among the rest, the
+    // nearer name comes first.
+    bool contains[kHandCount];
+    std::size_t distance[kHandCount];
     std::size_t order[kHandCount];
     for (std::size_t i = 0; i < kHandCount; ++i) {
-        // A name that contains what was typed ("xhand1", "o7") is a better guess than its edit
-        // distance to the full maker-and-model name suggests.
-        score[i] = contains_ignoring_case(kHandModels[i].name, name) ? 0 : edit_distance(name, kHandModels[i].name);
+        contains[i] = contains_ignoring_case(kHandModels[i].name, name);
+        distance[i] = edit_distance(name, kHandModels[i].name);
         order[i] = i;
     }
-    std::stable_sort(order, order + kHandCount, [&](std::size_t a, std::size_t b) { return score[a] < score[b]; });
+    std::stable_sort(order, order + kHandCount, [&](std::size_t a, std::size_t b) {
+        return contains[a] != contains[b] ? contains[a] : distance[a] < distance[b];
+    });
     const std::size_t n = std::min(capacity, kHandCount);
     for (std::size_t i = 0; i < n; ++i) out[i] = &kHandModels[order[i]];
     return n;

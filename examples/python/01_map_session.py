@@ -43,6 +43,8 @@ def plot(time_s, readings, targets, hand, title, path):
     fig, axes = plt.subplots(len(groups) + 1, 1, sharex=True, figsize=(12, 1.2 + 2.0 * (len(groups) + 1)),
                              constrained_layout=True, squeeze=False)
     axes = axes[:, 0]
+    # Twelve readings need twelve colours: the default cycle has ten.
+    axes[0].set_prop_cycle(color=[plt.get_cmap("tab20")(i) for i in range(0, 20, 2)] + ["black", "0.55"])
     axes[0].plot(time_s, readings, linewidth=0.9)
     axes[0].set_ylabel("glove (deg)")
     axes[0].legend(["x%d" % i for i in range(12)], ncol=2, fontsize=7, loc="upper left", bbox_to_anchor=(1.01, 1.0))

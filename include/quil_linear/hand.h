@@ -118,8 +118,8 @@ QUIL_API const quil_hand_info* quil_hand_at(size_t index);
 QUIL_API const quil_hand_info* quil_hand_find(const char* name);
 
 /* The hands whose names are closest to `name`, best first, for a "did you mean" answer to an
- * unknown name: a hand whose name contains `name` (ignoring case) comes first, then by edit
- * distance. Writes up to `capacity` entries to `out` and returns how many it wrote (0 when
+ * unknown name: hands whose names contain `name` (ignoring case) come first, then the others,
+ * each group by edit distance ignoring case. Writes up to `capacity` entries to `out` and returns how many it wrote (0 when
  * `name` or `out` is NULL). */
 QUIL_API size_t quil_hand_suggest(const char* name, const quil_hand_info** out, size_t capacity);
 

@@ -281,7 +281,7 @@ TEST(HandApiCatalogue, SuggestsTheClosestHandsForAMistypedName) {
     struct Case {
         const char* typed;
         const char* first;
-    } cases[] = {{"xhand1", "ROBOTERA_XHAND1"}, {"RUIYAN_RY_H51", "RUIYAN_RY_H15"}, {"choho", "CHOHO_Hand"},
+    } cases[] = {{"xhand1", "ROBOTERA_XHAND1"}, {"xhand", "ROBOTERA_XHAND1"}, {"RUIYAN_RY_H51", "RUIYAN_RY_H15"}, {"choho", "CHOHO_Hand"},
                  {"LinkerHand_O7", "LINKERBOT_LinkerHand_O7"}};
     for (const Case& c : cases) {
         const quil_hand_info* best[3] = {};
