@@ -3,8 +3,8 @@
 # exports, the golden record, the C host test that loads the shared library with dlopen, the
 # examples, the exported-symbol check and the install/find_package check, first in the release
 # build, then the same suite under AddressSanitizer and UndefinedBehaviorSanitizer, then the
-# concurrency tests under ThreadSanitizer, the Python package, and the hand explorer in headless
-# Chromium.
+# concurrency tests under ThreadSanitizer, the Python package, the hand explorer in headless
+# Chromium, and the fuzzers for a bounded time.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/bootstrap.sh
@@ -34,3 +34,6 @@ TSAN_OPTIONS=halt_on_error=1 ctest --test-dir build-tsan -L concurrency --output
 
 echo "== hand explorer in the browser"
 bash scripts/test_web.sh
+
+echo "== fuzzing (each target about a minute; FUZZ_SECONDS to change)"
+bash scripts/fuzz.sh "${FUZZ_SECONDS:-60}"
