@@ -1,18 +1,21 @@
-// The glove samples of the golden record: 48 blocks of 1024 samples for every hand, the same on
+// The glove samples of the golden record: 56 blocks of 1024 samples for every hand, the same on
 // every machine (the generator draws only from its own PRNG and exactly rounded arithmetic).
 //
-//   blocks  0-11  pinch sessions: smooth moves between pinches, tripods, fists and open hands,
+//   blocks  0-9   pinch sessions: smooth moves between pinches, tripods, fists and open hands,
 //                 so latches set, hold and release
-//   blocks 12-28  sweeps: each reading in turn walks the 0.1 lattice from -22 to 122.9 while
+//   blocks 10-26  sweeps: each reading in turn walks the 0.1 lattice from -22 to 122.9 while
 //                 the others hold pinch poses on the 0.5 lattice, so every tenth a row can take
 //                 and the hands' band edges and pinch thresholds are met exactly
-//   blocks 29-36  lattices: every reading on the 0.5 lattice, one on the 0.1 lattice
-//   blocks 37-42  special readings: NaN, +-inf, +-0, huge and subnormal values, alone, several
+//   blocks 27-39  held pinches: a pinch pose is closed and held, then one reading walks out and
+//                 back in tenths, so latches meet their release bounds step by step
+//   blocks 40-45  lattices: every reading on the 0.5 lattice, one on the 0.1 lattice
+//   blocks 46-50  special readings: NaN, +-inf, +-0, huge and subnormal values, alone, several
 //                 at once, and as a channel that drops out in the middle of a pinch
-//   blocks 43-47  independent random samples over the whole range and beyond
+//   blocks 51-55  independent random samples over the whole range and beyond
 #pragma once
 
 #include <cstdint>
+#include <stdexcept>
 #include <vector>
 
 #include "support/glove_sequences.h"
@@ -23,7 +26,7 @@ using test::Rng;
 using test::Sample;
 
 constexpr std::size_t kBlock = 1024;
-constexpr std::size_t kBlocks = 48;
+constexpr std::size_t kBlocks = 56;
 constexpr std::size_t kSamples = kBlock * kBlocks;
 
 // A reading snapped down to a lattice of 1/`per_unit` (pinch poses stay within +-130).
@@ -33,7 +36,7 @@ inline double snapped(double x, int per_unit) {
 
 inline std::vector<Sample> samples_for_hand(std::size_t hand_index) {
     const std::uint64_t seed = 0x51F15EEDull + 7919 * hand_index;
-    std::vector<Sample> out = test::pinch_session(seed, 12 * kBlock);
+    std::vector<Sample> out = test::pinch_session(seed, 10 * kBlock);
     Rng rng(seed);
 
     const std::vector<Sample> poses = test::pinch_session(seed + 1, 64);
@@ -45,9 +48,12 @@ inline std::vector<Sample> samples_for_hand(std::size_t hand_index) {
             s[channel] = static_cast<double>(k - 220) / 10.0;
             out.push_back(s);
         }
-    while (out.size() < 29 * kBlock) out.push_back(out.back());
+    while (out.size() < 27 * kBlock) out.push_back(out.back());
 
-    const std::vector<Sample> lattice = test::pinch_session(seed + 2, 8 * kBlock);
+    const std::vector<Sample> held = test::held_pinch_sweeps(seed + 5, 13 * kBlock);
+    out.insert(out.end(), held.begin(), held.end());
+
+    const std::vector<Sample> lattice = test::pinch_session(seed + 2, 6 * kBlock);
     for (std::size_t k = 0; k < lattice.size(); ++k) {
         Sample s = lattice[k];
         for (double& x : s) x = snapped(x, 2);
@@ -57,7 +63,7 @@ inline std::vector<Sample> samples_for_hand(std::size_t hand_index) {
     }
 
     // Special readings, on top of pinch poses so that they meet the pinch rules.
-    const std::vector<Sample> base = test::pinch_session(seed + 3, 6 * kBlock);
+    const std::vector<Sample> base = test::pinch_session(seed + 3, 5 * kBlock);
     const auto& special = test::special_readings();
     std::size_t dropped = 12, drop_left = 0;
     for (std::size_t k = 0; k < base.size(); ++k) {
@@ -80,6 +86,7 @@ inline std::vector<Sample> samples_for_hand(std::size_t hand_index) {
 
     const std::vector<Sample> wide = test::random_samples(seed + 4, 5 * kBlock);
     out.insert(out.end(), wide.begin(), wide.end());
+    if (out.size() != kSamples) throw std::logic_error("the golden samples do not fill their blocks");
     return out;
 }
 

@@ -100,6 +100,49 @@ inline std::vector<Sample> pinch_session(std::uint64_t seed, std::size_t n) {
     return out;
 }
 
+// Pinches held while one reading moves slowly: the hand closes on a pinch pose (the thumb and
+// any of the fingers bent, as in pinch_session) and holds it, so a latch can set; then one
+// reading walks away from the pose and back on the 0.1 lattice, up to 25 either way, while the
+// others keep the pose; then the hand opens. The latches' release bounds and the pinch rules'
+// thresholds are crossed in small steps while a pinch is held.
+inline std::vector<Sample> held_pinch_sweeps(std::uint64_t seed, std::size_t n) {
+    Rng rng(seed);
+    std::vector<Sample> out;
+    out.reserve(n);
+    const int finger_bend[] = {3, 6, 9, 11};
+    auto lattice = [](double x) { return static_cast<double>(static_cast<long>(x * 10.0)) / 10.0; };
+    while (out.size() < n) {
+        Sample pose{};
+        for (double& x : pose) x = lattice(rng.between(-5.0, 15.0));
+        pose[0] = lattice(rng.between(0.0, 100.0));
+        pose[1] = lattice(rng.between(-10.0, 80.0));
+        pose[2] = lattice(rng.between(-10.0, 80.0));
+        const std::size_t fingers = 1 + rng.below(15);
+        for (int f = 0; f < 4; ++f)
+            if (fingers & (1u << f)) pose[finger_bend[f]] = lattice(rng.between(10.0, 110.0));
+        // Close on the pose in 12 steps and hold it.
+        for (int k = 1; k <= 20; ++k) {
+            Sample s = pose;
+            if (k < 12)
+                for (double& x : s) x = lattice(x * k / 12.0);
+            out.push_back(s);
+        }
+        // One reading out and back in tenths: a thumb reading or a bent finger most of the time.
+        const std::size_t pick = rng.below(8);
+        const int channel = pick < 3 ? static_cast<int>(pick) : pick < 7 ? finger_bend[pick - 3] : static_cast<int>(rng.below(12));
+        const int reach = 50 + static_cast<int>(rng.below(200)), direction = rng.below(2) ? 1 : -1;
+        for (int k = 1; k <= 2 * reach; ++k) {
+            Sample s = pose;
+            const int step = k <= reach ? k : 2 * reach - k;
+            s[channel] = static_cast<double>(static_cast<long>(pose[channel] * 10.0) + direction * step) / 10.0;
+            out.push_back(s);
+        }
+        for (int k = 0; k < 5; ++k) out.push_back(Sample{});
+    }
+    out.resize(n);
+    return out;
+}
+
 inline std::vector<Sample> concat_sessions(std::vector<Sample> a, const std::vector<Sample>& b) {
     a.insert(a.end(), b.begin(), b.end());
     return a;
