@@ -61,6 +61,10 @@ class Sink {
     // Before the first row, or at the end of an input without rows.
     virtual void begin(const SourceInfo& info) = 0;
     virtual void write(const Block& b, const double* targets) = 0;
+    // Where the targets of `rows` rows can be mapped straight into the output, or null; such
+    // rows are then taken with wrote_direct(rows) instead of write().
+    virtual double* direct(std::size_t) { return nullptr; }
+    virtual void wrote_direct(std::size_t) {}
     // After the last row; "" or what went wrong.
     virtual std::string finish(std::uint64_t) { return ""; }
     bool time_written = false;
@@ -88,7 +92,8 @@ class CsvSink : public Sink {
             std::string_view time;
             if (info_.has_time && info_.time_as_text) {
                 time = b.time_of(r);
-                if (time.find_first_of(",\"") != std::string_view::npos || time.front() == ' ' || time.back() == ' ') {
+                if (std::memchr(time.data(), ',', time.size()) || std::memchr(time.data(), '"', time.size()) ||
+                    time.front() == ' ' || time.back() == ' ') {
                     quoted_.clear();
                     append_csv_field(quoted_, time);
                     time = quoted_;
@@ -121,6 +126,13 @@ class CsvSink : public Sink {
     std::string quoted_;
 };
 
+// Rows of 24 doubles go straight into the output's buffer when it is aligned for them, which
+// it is whenever all before them were doubles too.
+double* aligned_room(OutputFile& out, std::size_t rows) {
+    char* p = out.reserve(rows * 24 * sizeof(double));
+    return reinterpret_cast<std::uintptr_t>(p) % alignof(double) == 0 ? reinterpret_cast<double*>(p) : nullptr;
+}
+
 class F64Sink : public Sink {
   public:
     explicit F64Sink(OutputFile& out) : out_(out) {}
@@ -130,6 +142,10 @@ class F64Sink : public Sink {
         char* p = out_.reserve(n);
         std::memcpy(p, targets, n);
         out_.commit(p + n);
+    }
+    double* direct(std::size_t rows) override { return aligned_room(out_, rows); }
+    void wrote_direct(std::size_t rows) override {
+        out_.commit(out_.reserve(rows * 24 * sizeof(double)) + rows * 24 * sizeof(double));
     }
 
   private:
@@ -160,6 +176,10 @@ class NpySink : public Sink {
             p -= n;
         }
         out_.commit(p + n);
+    }
+    double* direct(std::size_t rows) override { return columns_ == 24 ? aligned_room(out_, rows) : nullptr; }
+    void wrote_direct(std::size_t rows) override {
+        out_.commit(out_.reserve(rows * 24 * sizeof(double)) + rows * 24 * sizeof(double));
     }
     std::string finish(std::uint64_t rows) override {
         if (out_.seekable()) {
@@ -387,13 +407,16 @@ int run_map(const MapOptions& o, std::FILE* err) {
                      "' is not written (npy and csv outputs keep it)");
     for (;;) {
         if (block.rows) {
-            hand.map(block.x.data(), block.rows, targets.data());
-            sink->write(block, targets.data());
+            double* direct = sink->direct(block.rows);
+            double* t = direct ? direct : targets.data();
+            hand.map(block.x.data(), block.rows, t);
             if (plot) {
                 const bool timed = info.has_time;
                 for (std::size_t r = 0; r < block.rows; ++r)
-                    plot->add(timed ? block.t[r] : std::numeric_limits<double>::quiet_NaN(), &block.x[r * 12], &targets[r * 24]);
+                    plot->add(timed ? block.t[r] : std::numeric_limits<double>::quiet_NaN(), &block.x[r * 12], &t[r * 24]);
             }
+            if (direct) sink->wrote_direct(block.rows);
+            else sink->write(block, t);
             written += block.rows;
             progress.update(written, source->bytes_consumed());
             if (!out.ok()) break;
