@@ -59,8 +59,12 @@ class CsvSource : public Source {
     bool split(std::string_view line, std::string& error);
     // The first line with content: a heading, or the first row (then it fixes the columns).
     bool first_line(std::string_view line, bool& is_heading, std::string& error);
-    bool fix_columns(std::string& error);
-    bool read_row(Block& b, std::string_view line, std::string& error);
+    bool fix_columns(std::string& error, bool& fatal);
+    // A row into `b`; false with `error` for a bad one, `fatal` when no row of the file can be
+    // good (decimal commas).
+    bool read_row(Block& b, std::string_view line, std::string& error, bool& fatal);
+    enum class Line { none, row, bad };  // blank, comment or heading; a row; a bad row
+    Line take_line(Block& b, std::string_view line, std::string& error, bool& fatal);
     std::string place(std::size_t col) const {
         return in_.name() + ":" + std::to_string(lines_.line_number()) + ":" + std::to_string(col);
     }
@@ -197,7 +201,7 @@ bool CsvSource::first_line(std::string_view line, bool& is_heading, std::string&
 }
 
 // The first row fixes the number of columns and whether lines end with a separator.
-bool CsvSource::fix_columns(std::string& error) {
+bool CsvSource::fix_columns(std::string& error, bool& fatal) {
     std::size_t n = n_;
     if (heading_fields_) {
         trailing_ = n == heading_fields_ + 1 && last_empty_;
@@ -212,8 +216,10 @@ bool CsvSource::fix_columns(std::string& error) {
     }
     if (n != 12 && n != 13) {
         error = place(1) + ": expected 12 fields (x0..x11) or 13 (time, x0..x11), found " + std::to_string(n_);
-        if (sep_ == ',' && n > 13)
+        if (sep_ == ',' && n > 13) {
             error += " (numbers with decimal commas need another separator: semicolons or tabs)";
+            fatal = true;
+        }
         return false;
     }
     columns_ = n;
@@ -223,7 +229,7 @@ bool CsvSource::fix_columns(std::string& error) {
     return true;
 }
 
-bool CsvSource::read_row(Block& b, std::string_view line, std::string& error) {
+bool CsvSource::read_row(Block& b, std::string_view line, std::string& error, bool& fatal) {
     std::size_t n = n_;
     if (trailing_) {
         if (n < 2 || !last_empty_) {
@@ -255,8 +261,10 @@ bool CsvSource::read_row(Block& b, std::string_view line, std::string& error) {
         }
         if (!parse_number(fd.text(), x[i - first_x])) {
             error = place(fd.col) + ": " + field_name(i) + ": malformed number \"" + std::string(fd.text()) + "\"";
-            if (fd.text().find(',') != std::string_view::npos && looks_numeric(fd.text()))
+            if (fd.text().find(',') != std::string_view::npos && looks_numeric(fd.text())) {
                 error += " (decimal commas: write numbers with a decimal point, 1.5 not 1,5)";
+                fatal = true;
+            }
             return false;
         }
     }
@@ -291,6 +299,30 @@ bool CsvSource::read_row(Block& b, std::string_view line, std::string& error) {
     return true;
 }
 
+CsvSource::Line CsvSource::take_line(Block& b, std::string_view line, std::string& error, bool& fatal) {
+    if (lines_.line_number() == 1 && line.substr(0, 3) == "\xEF\xBB\xBF") {
+        line.remove_prefix(3);
+        col_shift_ = 3;
+    }
+    if (lines_.line_number() == 1 && line.substr(0, 6) == "\x93NUMPY") {
+        error = place(1) + ": this is a NumPy file, not CSV (read it with --from npy)";
+        return fatal = true, Line::bad;
+    }
+    // Blank lines and '#' comments carry no sample.
+    const std::size_t content = line.find_first_not_of(" \t");
+    if (content == std::string_view::npos || line[content] == '#') return Line::none;
+    if (!seen_content_) {
+        seen_content_ = true;
+        bool heading = false;
+        if (!first_line(line, heading, error)) return fatal = true, Line::bad;
+        if (heading) return Line::none;
+    } else if (!split(line, error)) {
+        return Line::bad;
+    }
+    if (columns_ == 0 && !fix_columns(error, fatal)) return Line::bad;
+    return read_row(b, line, error, fatal) ? Line::row : Line::bad;
+}
+
 Source::Status CsvSource::next(Block& b) {
     b.clear();
     std::string error;
@@ -303,40 +335,17 @@ Source::Status CsvSource::next(Block& b) {
             return Status::io_error;
         }
         col_shift_ = 0;
-        if (status == LineReader::Status::too_long) {
+        bool fatal = false;
+        Line got = Line::bad;
+        if (status == LineReader::Status::too_long)
             error = place(1) + ": line longer than " + std::to_string(LineReader::kBlock) + " bytes";
-        } else {
-            if (lines_.line_number() == 1 && line.substr(0, 3) == "\xEF\xBB\xBF") {
-                line.remove_prefix(3);
-                col_shift_ = 3;
-            }
-            if (lines_.line_number() == 1 && line.substr(0, 6) == "\x93NUMPY") {
-                error_ = place(1) + ": this is a NumPy file, not CSV (read it with --from npy)";
-                return Status::bad_data;
-            }
-            // Blank lines and '#' comments carry no sample.
-            const std::size_t content = line.find_first_not_of(" \t");
-            if (content == std::string_view::npos || line[content] == '#') continue;
-            if (!seen_content_) {
-                seen_content_ = true;
-                bool heading = false;
-                if (!first_line(line, heading, error)) {
-                    error_ = error;
-                    return Status::bad_data;
-                }
-                if (heading) continue;
-            } else if (!split(line, error)) {
-                goto bad_row;
-            }
-            if (columns_ == 0 && !fix_columns(error)) goto bad_row;
-            if (read_row(b, line, error)) {
-                ++rows_read_;
-                continue;
-            }
-        }
-    bad_row:
+        else
+            got = take_line(b, line, error, fatal);
+        if (got == Line::none) continue;
         ++rows_read_;
-        if (!options_.skip_bad) {
+        if (got == Line::row) continue;
+        // Decimal commas and the like are the file's notation: skipping rows would half-read it.
+        if (!options_.skip_bad || fatal) {
             error_ = error;
             return Status::bad_data;
         }
@@ -432,7 +441,10 @@ class NpySource : public Source {
             if (!direct) convert_rows(b, rows, [&](std::size_t r, std::size_t c) { return raw_.data() + (r * cols + c) * item; });
         } else {
             // Column-major: each column's part of these rows is one run of bytes.
-            if (!in_.seekable() && whole_.empty() && !load_whole()) return Status::io_error;
+            if (!in_.seekable() && whole_.empty()) {
+                const Status loaded = load_whole();
+                if (loaded != Status::more) return loaded;
+            }
             for (std::size_t c = 0; c < cols; ++c) {
                 const std::uint64_t at = (c * h_.rows + done_) * item;
                 char* into = raw_.data() + c * n * item;
@@ -487,24 +499,27 @@ class NpySource : public Source {
                " of the " + std::to_string(h_.rows) + " its header's shape " + h_.shape + " announces";
     }
     // A column-major array from a pipe cannot be read a row at a time: it is held whole.
-    bool load_whole() {
+    Status load_whole() {
         const std::uint64_t bytes = h_.data_bytes();
         if (bytes > (std::uint64_t(8) << 30)) {
             error_ = in_.name() + ": a Fortran-order array of " + std::to_string(bytes) +
                      " bytes from a pipe is too large to hold; give the file's path instead";
-            return false;
+            return Status::io_error;
         }
         whole_.resize(static_cast<std::size_t>(bytes));
         const std::ptrdiff_t got = in_.read_full(whole_.data(), whole_.size());
         if (got < 0) {
             error_ = in_.error();
-            return false;
+            return Status::io_error;
         }
         if (static_cast<std::uint64_t>(got) < bytes) {
-            error_ = short_data(h_.data_offset + static_cast<std::uint64_t>(got));
-            return false;
+            // Column-major data cut short holds no whole row.
+            error_ = in_.name() + ": byte offset " + std::to_string(h_.data_offset + static_cast<std::uint64_t>(got)) +
+                     ": short data: the header's shape " + h_.shape + " needs " + std::to_string(bytes) +
+                     " bytes of data, the input ends after " + std::to_string(got);
+            return Status::bad_data;
         }
-        return true;
+        return Status::more;
     }
     // After the last row: nothing may follow the data the header announces.
     Status finish() {

@@ -549,6 +549,14 @@ TEST(Csv, SkipBadListsTheRowsAndExitsFive) {
     EXPECT_NE(meta["rows_skipped"]["places"][0]["error"].get<std::string>().find("malformed number \"x\""), std::string::npos);
     EXPECT_EQ(meta["exit_status"], 5);
 
+    // Skipping rows cannot mend a file written with decimal commas: it still stops at once.
+    write_file("commas.csv", "1;2;3;4;5;6;7;8;9;10;11;12\n1;2;3;4;5;6;7;8;9;10;11,5;12\n");
+    const Result commas = run("map -m QUIL_linear_AA --skip-bad commas.csv");
+    EXPECT_EQ(commas.status, 1);
+    EXPECT_NE(commas.err.find("commas.csv:2:22: field 11 (x10): malformed number \"11,5\" (decimal commas"),
+              std::string::npos)
+        << commas.err;
+
     write_file("short.f64", std::string(96 + 8, '\0'));
     const Result b = run("map -m QUIL_linear_AA --format f64 --skip-bad", "short.f64");
     EXPECT_EQ(b.status, 5);
