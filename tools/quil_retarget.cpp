@@ -35,8 +35,8 @@ constexpr const char* kExitStatuses = R"(Exit status:
 constexpr const char* kMapFooter = R"(
 Formats: --from for the input, --to for the output, --format for both. When not given, each
 side goes by its file's extension (.csv .tsv .txt: csv, .f64: f64, .npy: npy), else csv.
-  csv  fields separated by commas, semicolons or tabs (whichever the first line uses), 12 per
-       row (x0..x11) or 13 with a time column first. The first line is a heading only when
+  csv  fields separated by commas, semicolons or tabs (whichever the first line uses; with
+       none of them, by runs of spaces), 12 per row (x0..x11) or 13 with a time column first. The first line is a heading only when
        none of its fields is a number in any notation. Numbers use a decimal point: a file
        with decimal commas is refused at its first row. nan and inf are read. Quoted fields
        are unquoted; one separator at the end of every line is allowed. Blank lines and lines

@@ -104,6 +104,13 @@ void CsvSource::detect_separator(std::string_view line) {
         else if (!quoted && c == ';') semi = true;
     }
     sep_ = tab ? '\t' : semi ? ';' : ',';
+    // No separator at all but blanks between fields: columns lined up with spaces, as NumPy's
+    // savetxt writes them. Runs of blanks then separate the fields.
+    if (!tab && !semi && line.find(',') == std::string_view::npos) {
+        const std::size_t b = line.find_first_not_of(' ');
+        const std::size_t e = line.find_last_not_of(' ');
+        if (b != std::string_view::npos && line.substr(b, e - b + 1).find(' ') != std::string_view::npos) sep_ = ' ';
+    }
 }
 
 bool CsvSource::split(std::string_view line, std::string& error) {
@@ -116,6 +123,21 @@ bool CsvSource::split(std::string_view line, std::string& error) {
         last_empty_ = n == 0;
         ++n_;
     };
+    if (sep_ == ' ') {  // runs of blanks; a field in quotes loses them
+        std::size_t pos = 0;
+        for (;;) {
+            while (pos < len && (base[pos] == ' ' || base[pos] == '\t')) ++pos;
+            if (pos == len) {
+                if (n_ == 0) store(base, 0, 1);  // a line of blanks holds one empty field
+                return true;
+            }
+            std::size_t e = pos;
+            while (e < len && base[e] != ' ' && base[e] != '\t') ++e;
+            if (e - pos >= 2 && base[pos] == '"' && base[e - 1] == '"') store(base + pos + 1, e - pos - 2, pos + 1);
+            else store(base + pos, e - pos, pos + 1);
+            pos = e;
+        }
+    }
     if (!std::memchr(base, '"', len)) {  // the usual line: no quotes
         std::size_t pos = 0;
         for (;;) {

@@ -498,6 +498,7 @@ TEST(Csv, EveryDialectReadsTheSameWay) {
         {"heading and rows ending in a separator",
          "a,b,c,d,e,f,g,h,i,j,k,l,\n0.5,1,2,3,4,5,6,7,8,9,10,11,\n-1,2,30,45,60,75,90,105,120,-20,0,12,\n"},
         {"a heading that names nan-like words", "nano,info,c,d,e,f,g,h,i,j,k,l\n" + plain},
+        {"columns lined up with spaces", "# x0 .. x11\n  0.5 1  2 3 4 5 6 7 8 9 10 11\n-1 2 30 45 60 75 90 105 120 -20 0 12  \n"},
     };
     for (const Dialect& d : dialects) {
         SCOPED_TRACE(d.name);
