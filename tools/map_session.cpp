@@ -482,7 +482,9 @@ int run_map(const MapOptions& o, std::FILE* err) {
         record.skipped = &skipped;
         record.dropout = hand.dropout() == quil_linear::Dropout::hold ? "hold" : "pass";
         record.time_written = sink->time_written;
-        record.columns = o.to == Format::csv ? column_names(hand_info, o.header_roles) : column_names(hand_info, false);
+        // Column by column what the output holds: a consumer of an npy array reads it from here.
+        record.columns = column_names(hand_info, o.to == Format::csv && o.header_roles);
+        if (sink->time_written) record.columns.insert(record.columns.begin(), info.time_name);
         record.state_in = o.state_in;
         record.state_out = o.state_out;
         record.plot = o.plot;

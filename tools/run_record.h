@@ -20,7 +20,7 @@ struct RunRecord {
     const SkippedRows* skipped = nullptr;
     std::string dropout;         // "pass" or "hold"
     bool time_written = false;
-    std::vector<std::string> columns;  // the output's target columns
+    std::vector<std::string> columns;  // the output's columns, the time first when written
     std::string state_in, state_out, plot;
     int exit_status = 0;
     std::string error;

@@ -604,6 +604,8 @@ TEST(Records, MetaAndDescribeTellTheHandAndTheRun) {
     EXPECT_EQ(meta["output"]["format"], "f64");
     EXPECT_EQ(meta["output"]["rows_written"], 2);
     EXPECT_EQ(meta["output"]["time_column_written"], false);
+    EXPECT_EQ(meta["output"]["columns"].size(), 24u);
+    EXPECT_EQ(meta["output"]["columns"][0], "out0");
     EXPECT_EQ(meta["rows_skipped"]["count"], 0);
     EXPECT_EQ(meta["dropout"], "hold");
     EXPECT_EQ(meta["time_column"], "time_s");
