@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(g++ cmake ninja-build pkg-config libgtest-dev libbenchmark-dev python3 librsvg2-bin
-          libcli11-dev libssl-dev valgrind)
+          libcli11-dev nlohmann-json3-dev libssl-dev valgrind)
 # The fuzzers, the browser explorer and its tests.
 packages+=(clang-14 libfuzzer-14-dev emscripten chromium)
 # The Python package (built offline into a venv of Debian's python3), its tests and examples.

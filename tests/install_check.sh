@@ -25,12 +25,16 @@ c++ -std=c++17 "$source_dir/examples/02_two_gloves.cpp" $(pkg-config --cflags --
   -Wl,-rpath,"$(pkg-config --variable=libdir quil_linear)" -pthread -o "$scratch/pc_host_cpp"
 "$scratch/pc_host_cpp" | grep -q 'held'
 
-# The installed command-line tool runs on its own.
+# The installed command-line tool finds the installed library through its run path (it is
+# built only where CLI11 and nlohmann-json are installed).
 tool="$scratch/prefix/bin/quil-retarget"
 if [ -x "$tool" ]; then
-  "$tool" list | grep -q '^QUIL_linear_AA '
-  "$tool" map --model QUIL_linear_AA "$source_dir/data/sample_session.csv" -o "$scratch/out.csv"
+  env -u LD_LIBRARY_PATH "$tool" list | grep -q '^QUIL_linear_AA '
+  env -u LD_LIBRARY_PATH "$tool" describe --json ruiyan_ry_h15 | grep -q '"name": "RUIYAN_RY_H15"'
+  env -u LD_LIBRARY_PATH "$tool" map --model QUIL_linear_AA "$source_dir/data/sample_session.csv" -o "$scratch/out.csv"
   [ "$(wc -l <"$scratch/out.csv")" -eq 2001 ]
+  env -u LD_LIBRARY_PATH "$tool" map --model QUIL_linear_AA "$source_dir/data/sample_session.csv" -o "$scratch/out.npy"
+  [ "$(stat -c %s "$scratch/out.npy")" -eq $((128 + 2000 * 25 * 8)) ]
 fi
 
 # Without GoogleTest the project still configures, with no tests.

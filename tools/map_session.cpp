@@ -1,426 +1,499 @@
 #include "map_session.h"
 
-#include <new>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
-#include <array>
-#include <cstdint>
+#include <algorithm>
+#include <cerrno>
 #include <cstring>
-#include <limits>
+#include <fstream>
+#include <iterator>
+#include <map>
 #include <memory>
-#include <string_view>
 #include <vector>
 
-#include "core/records.h"
 #include "progress.h"
+#include "quil_linear/hand.hpp"
 #include "retarget_io.h"
+#include "run_record.h"
 #include "svg_plot.h"
+
+extern char** environ;
 
 namespace quil::retarget {
 
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr std::uint64_t kProgressEvery = 4096;  // rows between progress and output checks
-constexpr std::size_t kListedBadRows = 10;
+std::string lower_extension(const std::string& path) {
+    const std::size_t slash = path.find_last_of('/');
+    const std::size_t dot = path.find_last_of('.');
+    if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return "";
+    std::string e = path.substr(dot);
+    for (char& c : e) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return e;
+}
 
-// What --skip-bad leaves out, so it can be reported.
-struct SkippedRows {
-    std::uint64_t count = 0;
-    std::vector<std::string> where;  // first few line numbers or byte offsets
-    std::string first_message;
-
-    void add(const std::string& place, const std::string& message) {
-        if (count == 0) first_message = message;
-        ++count;
-        if (where.size() < kListedBadRows) where.push_back(place);
+// Writes a CSV field, in quotes when a reader would otherwise split or trim it.
+void append_csv_field(std::string& out, std::string_view s) {
+    const bool quote = s.find_first_of(",\"\r\n") != std::string_view::npos ||
+                       (!s.empty() && (s.front() == ' ' || s.front() == '\t' || s.back() == ' ' || s.back() == '\t'));
+    if (!quote) {
+        out.append(s.data(), s.size());
+        return;
     }
-    void report(std::FILE* err, const std::string& input, bool lines) const {
-        if (count == 0) return;
-        std::fprintf(err, "quil-retarget: skipped %llu bad %s of %s, at %s ",
-                     static_cast<unsigned long long>(count), count == 1 ? "row" : "rows",
-                     input.c_str(), lines ? (where.size() == 1 ? "line" : "lines") : "byte offset");
-        for (std::size_t i = 0; i < where.size(); ++i)
-            std::fprintf(err, "%s%s", i ? ", " : "", where[i].c_str());
-        std::fprintf(err, "%s\nquil-retarget: the first was: %s\n", count > where.size() ? ", ..." : "",
-                     first_message.c_str());
+    out += '"';
+    for (char c : s) {
+        if (c == '"') out += '"';
+        out += c;
     }
-};
-
-// Feeds samples through one hand, in order, through one memory, as a live host would.
-class Mapper {
-  public:
-    explicit Mapper(const quil_hand_info& model) : hand_(quil_hand_open(model.name)) {
-        if (!hand_) throw std::bad_alloc();
-    }
-    Mapper(const Mapper&) = delete;
-    Mapper& operator=(const Mapper&) = delete;
-    ~Mapper() { quil_hand_close(hand_); }
-    TargetArray operator()(const InputAngles& in) {
-        TargetArray t;
-        quil_hand_map(hand_, in.x.data(), t.data());
-        return t;
-    }
-
-  private:
-    quil_hand* hand_;
-};
-
-// The parts of the run that both formats share: the mapping, the output, the plot and the
-// progress display.
-struct Run {
-    const MapOptions& options;
-    std::FILE* err;
-    InputFile in;
-    OutputFile out;
-    OutputFile svg;  // opened before the run, written after it
-    Mapper mapper;
-    std::unique_ptr<SessionPlot> plot;
-    Progress progress;
-    SkippedRows skipped;
-    std::uint64_t rows = 0;
-
-    Run(const MapOptions& o, std::FILE* e)
-        : options(o), err(e), in(o.input), mapper(*o.model),
-          plot(o.plot.empty() ? nullptr : new SessionPlot()),
-          progress(o.progress, in.size(), e) {}
-
-    // Every few thousand rows: redraw the progress and notice a failing output early.
-    bool checkpoint(std::uint64_t bytes) {
-        if (rows % kProgressEvery != 0) return true;
-        progress.update(rows, bytes);
-        return out.ok();
-    }
-
-    void fail(const std::string& message) const {
-        std::fprintf(err, "quil-retarget: %s\n", message.c_str());
-    }
-
-    // Flushes the rows written so far, writes the plot, reports skipped rows; returns the exit
-    // status, `status` unless the output or the plot could not be written.
-    int finish(int status, const std::string& data_error, const SessionPlot::Labels& labels,
-               bool lines) {
-        progress.finish();
-        out.flush();
-        if (!data_error.empty()) fail(data_error);
-        if (!out.ok()) {
-            fail(out.error());
-            status = kExitIo;
-        }
-        if (plot) {
-            svg.append(plot->svg(labels));
-            if (!svg.flush()) {
-                fail(svg.error());
-                status = kExitIo;
-            }
-        }
-        skipped.report(err, in.name(), lines);
-        return status;
-    }
-
-    SessionPlot::Labels labels(const std::string& time_name) const {
-        SessionPlot::Labels l;
-        l.title = std::string(options.model->name) + " " + options.model->version;
-        l.source = in.name();
-        l.time_name = time_name;
-        return l;
-    }
-};
+    out += '"';
+}
 
 // ---------------------------------------------------------------------------------------------
-// CSV
+// Writers of the targets
 
-struct Field {
-    std::size_t begin, end;  // within the line, after trimming blanks
+class Sink {
+  public:
+    virtual ~Sink() = default;
+    // Before the first row, or at the end of an input without rows.
+    virtual void begin(const SourceInfo& info) = 0;
+    virtual void write(const Block& b, const double* targets) = 0;
+    // Where the targets of `rows` rows can be mapped straight into the output, or null; such
+    // rows are then taken with wrote_direct(rows) instead of write().
+    virtual double* direct(std::size_t) { return nullptr; }
+    virtual void wrote_direct(std::size_t) {}
+    // After the last row; "" or what went wrong.
+    virtual std::string finish(std::uint64_t) { return ""; }
+    bool time_written = false;
 };
 
-class CsvFormat {
+class CsvSink : public Sink {
   public:
-    explicit CsvFormat(Run& run) : run_(run), lines_(run.in) {}
-
-    int convert();
+    CsvSink(OutputFile& out, std::vector<std::string> names) : out_(out), names_(std::move(names)) {}
+    void begin(const SourceInfo& info) override {
+        info_ = info;
+        time_written = info.has_time;
+        std::string h;
+        if (info.has_time) {
+            append_csv_field(h, info.time_name);
+            h += ',';
+        }
+        for (std::size_t i = 0; i < names_.size(); ++i) {
+            append_csv_field(h, names_[i]);
+            h += i + 1 < names_.size() ? ',' : '\n';
+        }
+        out_.append(h);
+    }
+    void write(const Block& b, const double* targets) override {
+        for (std::size_t r = 0; r < b.rows; ++r) {
+            std::string_view time;
+            if (info_.has_time && info_.time_as_text) {
+                time = b.time_of(r);
+                if (std::memchr(time.data(), ',', time.size()) || std::memchr(time.data(), '"', time.size()) ||
+                    time.front() == ' ' || time.back() == ' ') {
+                    quoted_.clear();
+                    append_csv_field(quoted_, time);
+                    time = quoted_;
+                }
+            }
+            char* p = out_.reserve(time.size() + 25 * (kMaxNumberText + 1) + 1);
+            if (info_.has_time) {
+                if (info_.time_as_text) {
+                    std::memcpy(p, time.data(), time.size());
+                    p += time.size();
+                } else {
+                    p = format_number(p, b.t[r]);
+                }
+                *p++ = ',';
+            }
+            const double* t = targets + r * 24;
+            for (int i = 0; i < 24; ++i) {
+                p = format_number(p, t[i]);
+                *p++ = ',';
+            }
+            p[-1] = '\n';
+            out_.commit(p);
+        }
+    }
 
   private:
-    void detect(std::string_view first_line);
-    std::size_t split(std::string_view line);
-    bool looks_like_header(std::string_view line, std::size_t n) const;
-    // Checks and reads one data row; on a fault fills `error` ("FILE:LINE:COL: ...").
-    bool read_row(std::string_view line, std::size_t n, std::string& error);
-    std::string place(std::size_t column) const;
-    std::string field_name(std::size_t f) const;
-    void write_header();
-    void write_row(const TargetArray& target);
-
-    Run& run_;
-    LineReader lines_;
-    char sep_ = 0;               // ',' ';' or '\t', from the first line
-    std::size_t columns_ = 0;    // 12 or 13 once known
-    bool header_written_ = false;
-    std::string time_name_;      // the time column's heading
-    std::array<std::string, 12> input_names_;
-    std::array<Field, 14> fields_{};  // one past 13, to point at the first extra field
-    InputAngles in_{};
-    std::string_view time_;
+    OutputFile& out_;
+    std::vector<std::string> names_;
+    SourceInfo info_;
+    std::string quoted_;
 };
 
-void CsvFormat::detect(std::string_view line) {
-    // A tab or a semicolon in the first line means that it separates the fields (a semicolon
-    // file may use decimal commas, which are then reported, not misread); else commas do.
-    sep_ = line.find('\t') != std::string_view::npos   ? '\t'
-           : line.find(';') != std::string_view::npos ? ';'
-                                                      : ',';
+// Rows of 24 doubles go straight into the output's buffer when it is aligned for them, which
+// it is whenever all before them were doubles too.
+double* aligned_room(OutputFile& out, std::size_t rows) {
+    char* p = out.reserve(rows * 24 * sizeof(double));
+    return reinterpret_cast<std::uintptr_t>(p) % alignof(double) == 0 ? reinterpret_cast<double*>(p) : nullptr;
 }
 
-std::size_t CsvFormat::split(std::string_view line) {
-    const char* base = line.data();
-    const std::size_t len = line.size();
-    auto blank = [&](char c) { return c == ' ' || (c == '\t' && sep_ != '\t'); };
-    std::size_t n = 0, pos = 0;
-    for (;;) {
-        const void* hit = pos < len ? std::memchr(base + pos, sep_, len - pos) : nullptr;
-        const std::size_t stop = hit ? static_cast<std::size_t>(static_cast<const char*>(hit) - base) : len;
-        if (n < fields_.size()) {
-            std::size_t b = pos, e = stop;
-            while (b < e && blank(base[b])) ++b;
-            while (e > b && blank(base[e - 1])) --e;
-            fields_[n] = Field{b, e};
+class F64Sink : public Sink {
+  public:
+    explicit F64Sink(OutputFile& out) : out_(out) {}
+    void begin(const SourceInfo&) override {}
+    void write(const Block& b, const double* targets) override {
+        const std::size_t n = b.rows * 24 * sizeof(double);
+        char* p = out_.reserve(n);
+        std::memcpy(p, targets, n);
+        out_.commit(p + n);
+    }
+    double* direct(std::size_t rows) override { return aligned_room(out_, rows); }
+    void wrote_direct(std::size_t rows) override {
+        out_.commit(out_.reserve(rows * 24 * sizeof(double)) + rows * 24 * sizeof(double));
+    }
+
+  private:
+    OutputFile& out_;
+};
+
+// A (N, 24) or, with the time first, (N, 25) '<f8' array. Its header is written first with the
+// row count known beforehand, else with none and rewritten in place once the count is known.
+class NpySink : public Sink {
+  public:
+    NpySink(OutputFile& out, std::optional<std::uint64_t> known_rows) : out_(out), known_(known_rows) {}
+    void begin(const SourceInfo& info) override {
+        time_written = info.has_time;
+        columns_ = info.has_time ? 25 : 24;
+        out_.append(npy::header_for(known_ && !out_.seekable() ? *known_ : 0, columns_));
+    }
+    void write(const Block& b, const double* targets) override {
+        const std::size_t n = b.rows * columns_ * sizeof(double);
+        char* p = out_.reserve(n);
+        if (columns_ == 24) {
+            std::memcpy(p, targets, n);
+        } else {
+            for (std::size_t r = 0; r < b.rows; ++r) {
+                std::memcpy(p, &b.t[r], sizeof(double));
+                std::memcpy(p + sizeof(double), targets + r * 24, 24 * sizeof(double));
+                p += 25 * sizeof(double);
+            }
+            p -= n;
         }
-        ++n;
-        if (!hit) return n;
-        pos = stop + 1;
+        out_.commit(p + n);
     }
-}
-
-bool CsvFormat::looks_like_header(std::string_view line, std::size_t n) const {
-    // A heading line names its columns: none of its fields reads as a number.
-    double v;
-    for (std::size_t f = 0; f < n && f < fields_.size(); ++f) {
-        const Field& fd = fields_[f];
-        if (parse_number(line.substr(fd.begin, fd.end - fd.begin), v)) return false;
+    double* direct(std::size_t rows) override { return columns_ == 24 ? aligned_room(out_, rows) : nullptr; }
+    void wrote_direct(std::size_t rows) override {
+        out_.commit(out_.reserve(rows * 24 * sizeof(double)) + rows * 24 * sizeof(double));
     }
-    return true;
-}
-
-std::string CsvFormat::place(std::size_t column) const {
-    return run_.in.name() + ":" + std::to_string(lines_.line_number()) + ":" + std::to_string(column);
-}
-
-std::string CsvFormat::field_name(std::size_t f) const {
-    const bool timed = columns_ == 13;
-    std::string r = "field " + std::to_string(f + 1);
-    if (timed && f == 0) return r + " (time)";
-    return r + " (x" + std::to_string(f - (timed ? 1 : 0)) + ")";
-}
-
-bool CsvFormat::read_row(std::string_view line, std::size_t n, std::string& error) {
-    if (n != columns_) {
-        const std::string expected = std::to_string(columns_) +
-                                     (columns_ == 13 ? " fields (time, x0..x11)" : " fields (x0..x11)");
-        if (n < columns_)
-            error = place(line.size() + 1) + ": short row: expected " + expected + ", found " + std::to_string(n);
-        else
-            error = place(fields_[columns_].begin + 1) + ": long row: expected " + expected + ", found " +
-                    std::to_string(n);
-        return false;
-    }
-    const std::size_t first_x = columns_ - 12;
-    for (std::size_t f = 0; f < n; ++f) {
-        const Field& fd = fields_[f];
-        const std::string_view text = line.substr(fd.begin, fd.end - fd.begin);
-        if (text.empty()) {
-            error = place(fd.begin + 1) + ": " + field_name(f) + ": empty field";
-            return false;
+    std::string finish(std::uint64_t rows) override {
+        if (out_.seekable()) {
+            const std::string h = npy::header_for(rows, columns_);
+            if (!out_.patch(0, h.data(), h.size())) return out_.error();
+            return "";
         }
-        if (f < first_x) {
-            time_ = text;  // copied to the output as it stands
-            continue;
-        }
-        if (!parse_number(text, in_.x[f - first_x])) {
-            error = place(fd.begin + 1) + ": " + field_name(f) + ": malformed number \"" + std::string(text) + "\"";
-            if (sep_ == ';' && text.find(',') != std::string_view::npos)
-                error += " (write decimals with a point: 1.5, not 1,5)";
-            return false;
-        }
+        if (known_ && rows != *known_)
+            return out_.name() + ": the npy header announces " + std::to_string(*known_) + " rows but " +
+                   std::to_string(rows) + " were written: the array is incomplete";
+        return "";
     }
-    return true;
-}
 
-void CsvFormat::write_header() {
-    std::string h;
-    if (columns_ == 13) h += time_name_ + ",";
-    for (int i = 0; i < 24; ++i) h += "out" + std::to_string(i) + (i < 23 ? "," : "\n");
-    run_.out.append(h);
-    header_written_ = true;
-}
+  private:
+    OutputFile& out_;
+    std::optional<std::uint64_t> known_;
+    std::size_t columns_ = 24;
+};
 
-void CsvFormat::write_row(const TargetArray& target) {
-    char* p = run_.out.reserve(time_.size() + 24 * (kMaxNumberText + 1) + 1);
-    if (columns_ == 13) {
-        std::memcpy(p, time_.data(), time_.size());
-        p += time_.size();
-        *p++ = ',';
-    }
+// The CSV heading's names of the 24 slots: outN, or the slot roles, a repeated role (unused,
+// say) followed by its slot number so that every column has its own name.
+std::vector<std::string> column_names(const quil_hand_info& hand, bool roles) {
+    std::vector<std::string> names(24);
+    std::map<std::string, int> uses;
+    if (roles)
+        for (int i = 0; i < 24; ++i) ++uses[hand.slot_roles[i]];
     for (int i = 0; i < 24; ++i) {
-        p = format_number(p, target[i]);
-        *p++ = ',';
+        if (!roles) names[i] = "out" + std::to_string(i);
+        else if (uses[hand.slot_roles[i]] > 1) names[i] = std::string(hand.slot_roles[i]) + "_" + std::to_string(i);
+        else names[i] = hand.slot_roles[i];
     }
-    p[-1] = '\n';
-    run_.out.commit(p);
+    return names;
 }
 
-int CsvFormat::convert() {
-    bool first = true;
-    std::string error;
-    std::string_view line;
+// The state saved with --state-out goes to a temporary file beside its target when the run
+// begins (so an unwritable place is known before any work) and is renamed over it at the end.
+class StateOut {
+  public:
+    bool open(const std::string& path, std::string& error) {
+        if (path.empty()) return true;
+        path_ = path;
+        temp_ = path + ".XXXXXX";
+        const int fd = ::mkstemp(temp_.data());
+        if (fd < 0) {
+            error = "cannot write the state file '" + path + "': " + std::strerror(errno);
+            temp_.clear();
+            return false;
+        }
+        ::close(fd);
+        return true;
+    }
+    bool commit(const std::vector<std::uint8_t>& state, std::string& error) {
+        std::ofstream f(temp_, std::ios::binary | std::ios::trunc);
+        f.write(reinterpret_cast<const char*>(state.data()), static_cast<std::streamsize>(state.size()));
+        f.close();
+        if (!f || ::rename(temp_.c_str(), path_.c_str()) != 0) {
+            error = "cannot write the state file '" + path_ + "': " + std::strerror(errno);
+            return false;
+        }
+        temp_.clear();
+        return true;
+    }
+    ~StateOut() {
+        if (!temp_.empty()) ::unlink(temp_.c_str());
+    }
+
+  private:
+    std::string path_, temp_;
+};
+
+bool read_whole(const std::string& path, std::string& bytes, std::string& error) {
+    InputFile f(path);
+    if (!f.ok()) return error = f.error(), false;
+    char buf[4096];
     for (;;) {
-        const LineReader::Status status = lines_.next(line);
-        if (status == LineReader::Status::end) break;
-        if (status == LineReader::Status::read_error) {
-            run_.fail(run_.in.error());
-            return run_.finish(kExitIo, "", run_.labels(time_name_), true);
-        }
-        if (status == LineReader::Status::too_long) {
-            error = place(1) + ": line longer than " + std::to_string(LineReader::kBlock) + " bytes";
-            if (!run_.options.skip_bad) break;
-            run_.skipped.add(std::to_string(lines_.line_number()), error);
-            error.clear();
-            continue;
-        }
-        if (first && lines_.line_number() == 1 && line.substr(0, 3) == "\xEF\xBB\xBF") line.remove_prefix(3);
-        // Blank lines and '#' comments carry no sample.
-        const std::size_t content = line.find_first_not_of(" \t");
-        if (content == std::string_view::npos || line[content] == '#') continue;
-
-        if (first) {
-            first = false;
-            detect(line);
-            const std::size_t n = split(line);
-            if (looks_like_header(line, n)) {
-                if (n != 12 && n != 13) {
-                    error = place(1) + ": the heading line has " + std::to_string(n) +
-                            " fields; expected 12 (x0..x11) or 13 (a time column, then x0..x11)";
-                    break;
-                }
-                columns_ = n;
-                const std::size_t first_x = n - 12;
-                if (n == 13) time_name_ = std::string(line.substr(fields_[0].begin, fields_[0].end - fields_[0].begin));
-                for (std::size_t i = 0; i < 12; ++i) {
-                    const Field& fd = fields_[first_x + i];
-                    input_names_[i] = std::string(line.substr(fd.begin, fd.end - fd.begin));
-                }
-                continue;
-            }
-        }
-        const std::size_t n = split(line);
-        if (columns_ == 0 && (n == 12 || n == 13)) columns_ = n;  // no heading: the first row tells
-        if (columns_ == 0) {
-            error = place(line.size() + 1) + ": expected 12 fields (x0..x11) or 13 (time, x0..x11), found " +
-                    std::to_string(n);
-        } else if (read_row(line, n, error)) {
-            if (!header_written_) {
-                if (columns_ == 13 && time_name_.empty()) time_name_ = "time";
-                write_header();
-            }
-            const TargetArray target = run_.mapper(in_);
-            write_row(target);
-            if (run_.plot) {
-                double t = kNaN;
-                if (columns_ == 13 && !parse_number(time_, t)) t = kNaN;
-                run_.plot->add(t, in_.x.data(), target.data());
-            }
-            ++run_.rows;
-            if (!run_.checkpoint(lines_.bytes_consumed())) break;
-            continue;
-        }
-        if (!run_.options.skip_bad) break;
-        run_.skipped.add(std::to_string(lines_.line_number()), error);
-        error.clear();
+        const std::ptrdiff_t got = f.read(buf, sizeof buf);
+        if (got < 0) return error = f.error(), false;
+        if (got == 0) return true;
+        bytes.append(buf, static_cast<std::size_t>(got));
+        if (bytes.size() > (1u << 20)) return error = "'" + path + "' is far too large to be a saved state", false;
     }
-    if (!header_written_) write_header();  // an input without rows still gives a heading
-    SessionPlot::Labels labels = run_.labels(columns_ == 13 ? time_name_ : "");
-    for (int i = 0; i < 12; ++i) labels.input_names[i] = input_names_[i];
-    return run_.finish(error.empty() ? kExitOk : kExitBadData, error, labels, true);
 }
 
-// ---------------------------------------------------------------------------------------------
-// Raw little-endian doubles
-
-static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "f64 records are read as native doubles");
-
-int convert_f64(Run& run) {
-    constexpr std::size_t kIn = 12 * sizeof(double), kOut = 24 * sizeof(double);
-    constexpr std::size_t kRecords = 8192;
-    std::vector<char> buf(kIn * kRecords);
-    std::size_t have = 0;  // bytes in buf, all of a partial record after the loop body
-    std::uint64_t offset = 0;  // byte offset of buf[0] in the input
-    bool eof = false;
-    InputAngles in;
-    while (!eof) {
-        const std::ptrdiff_t got = run.in.read(buf.data() + have, buf.size() - have);
-        if (got < 0) {
-            run.fail(run.in.error());
-            return run.finish(kExitIo, "", run.labels(""), false);
-        }
-        if (got == 0) eof = true;
-        have += static_cast<std::size_t>(got);
-        const std::size_t whole = have / kIn;
-        bool stop = false;
-        for (std::size_t r = 0; r < whole; ++r) {
-            std::memcpy(in.x.data(), buf.data() + r * kIn, kIn);
-            const TargetArray target = run.mapper(in);
-            char* p = run.out.reserve(kOut);
-            std::memcpy(p, target.data(), kOut);
-            run.out.commit(p + kOut);
-            if (run.plot) run.plot->add(kNaN, in.x.data(), target.data());
-            ++run.rows;
-            if (!run.checkpoint(offset + (r + 1) * kIn)) {
-                stop = true;
-                break;
+// Runs rsvg-convert on the drawn SVG to make the PNG.
+bool render_png(const std::string& converter, const std::string& svg, const std::string& png, std::string& error) {
+    std::string temp = png + ".XXXXXX";
+    const int fd = ::mkstemp(temp.data());
+    if (fd < 0) return error = "cannot write '" + png + "': " + std::strerror(errno), false;
+    bool ok = true;
+    for (std::size_t done = 0; ok && done < svg.size();) {
+        const ssize_t n = ::write(fd, svg.data() + done, svg.size() - done);
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0) ok = false, error = "cannot write '" + temp + "': " + std::strerror(errno);
+        else done += static_cast<std::size_t>(n);
+    }
+    ::close(fd);
+    if (ok) {
+        std::vector<std::string> args = {converter, "--format", "png", "-o", png, temp};
+        std::vector<char*> argv;
+        for (std::string& a : args) argv.push_back(a.data());
+        argv.push_back(nullptr);
+        pid_t pid;
+        int status = 0;
+        const int rc = ::posix_spawn(&pid, converter.c_str(), nullptr, nullptr, argv.data(), environ);
+        if (rc != 0) {
+            ok = false;
+            error = "cannot run " + converter + ": " + std::strerror(rc);
+        } else {
+            while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+            }
+            if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+                ok = false;
+                error = "rsvg-convert could not write '" + png + "'";
             }
         }
-        if (stop) break;
-        const std::size_t used = whole * kIn;
-        std::memmove(buf.data(), buf.data() + used, have - used);
-        have -= used;
-        offset += used;
     }
-    std::string error;
-    if (have > 0 && run.out.ok()) {
-        error = run.in.name() + ": byte offset " + std::to_string(offset) + ": truncated record: " +
-                std::to_string(have) + " of " + std::to_string(kIn) + " bytes (12 little-endian doubles per sample)";
-        if (run.options.skip_bad) {
-            run.skipped.add(std::to_string(offset), error);
-            error.clear();
-        }
-    }
-    return run.finish(error.empty() ? kExitOk : kExitBadData, error, run.labels(""), false);
+    ::unlink(temp.c_str());
+    return ok;
 }
+
+void say(std::FILE* err, const std::string& message) { std::fprintf(err, "quil-retarget: %s\n", message.c_str()); }
 
 }  // namespace
 
-int run_map(const MapOptions& options, std::FILE* err) {
-    Run run(options, err);
-    if (!run.in.ok()) {
-        run.fail(run.in.error());
-        return kExitIo;
+Format format_of_path(const std::string& path) {
+    const std::string e = lower_extension(path);
+    if (e == ".f64") return Format::f64;
+    if (e == ".npy") return Format::npy;
+    return Format::csv;
+}
+
+PlotKind plot_kind_of(const std::string& path) {
+    const std::string e = lower_extension(path);
+    return e == ".svg" ? PlotKind::svg : e == ".png" ? PlotKind::png : PlotKind::none;
+}
+
+std::string find_on_path(const std::string& program) {
+    const char* env = std::getenv("PATH");
+    const std::string path = env ? env : "/usr/bin:/bin";
+    std::size_t start = 0;
+    for (;;) {
+        const std::size_t colon = path.find(':', start);
+        std::string dir = path.substr(start, colon == std::string::npos ? std::string::npos : colon - start);
+        if (dir.empty()) dir = ".";
+        const std::string full = dir + "/" + program;
+        struct stat st;
+        if (::stat(full.c_str(), &st) == 0 && S_ISREG(st.st_mode) && ::access(full.c_str(), X_OK) == 0) return full;
+        if (colon == std::string::npos) return "";
+        start = colon + 1;
     }
-    for (const std::string* target : {&options.output, &options.plot}) {
-        if (run.in.is_same_file(*target)) {
-            run.fail("refusing to write '" + *target + "': it is the input");
-            return kExitUsage;
+}
+
+int run_map(const MapOptions& o, std::FILE* err) {
+    const quil_hand_info& hand_info = *o.hand;
+    // The hand, from its start-up state or from a saved one; a state that does not fit stops
+    // the run here, before anything is written.
+    quil_linear::Hand hand(hand_info.name);
+    if (!o.state_in.empty()) {
+        std::string bytes, error;
+        if (!read_whole(o.state_in, bytes, error)) return say(err, error), kExitIo;
+        const int rc = quil_hand_load_state(hand.get(), bytes.data(), bytes.size());
+        if (rc != QUIL_OK) {
+            std::string what = "cannot continue from the state in '" + o.state_in + "': " + quil_error_text(rc);
+            if (const quil_hand_info* of = quil_state_hand(bytes.data(), bytes.size()))
+                what += std::string(": it is a state of ") + of->name + ", this run is for " + hand_info.name;
+            return say(err, what), kExitState;
         }
     }
-    // Opened only once the input is there, so a mistyped input leaves an old output alone.
-    if (run.plot && !run.svg.open(options.plot)) {
-        run.fail(run.svg.error());
-        return kExitIo;
+    if (o.dropout) hand.set_dropout(static_cast<quil_linear::Dropout>(*o.dropout));
+
+    InputFile in(o.input);
+    if (!in.ok()) return say(err, in.error()), kExitIo;
+    for (const std::string* target : {&o.output, &o.plot, &o.meta, &o.state_out}) {
+        if (in.is_same_file(*target)) return say(err, "refusing to write '" + *target + "': it is the input"), kExitUsage;
     }
-    if (!run.out.open(options.output)) {
-        run.fail(run.out.error());
-        return kExitIo;
+
+    SourceOptions so;
+    so.format = o.from;
+    so.skip_bad = o.skip_bad;
+    so.time_numbers = o.to == Format::npy ? TimeNumbers::strict : o.plot.empty() ? TimeNumbers::none : TimeNumbers::lenient;
+    std::string error;
+    std::unique_ptr<Source> source = open_source(in, so, error);
+    if (!source) return say(err, error), in.ok() ? kExitBadData : kExitIo;
+
+    // An npy header states its row count: on an output that cannot be rewritten afterwards,
+    // the count must be certain before the first row.
+    if (o.to == Format::npy && !OutputFile::would_be_seekable(o.output) && !source->info().known_rows) {
+        say(err, "cannot write npy to " + (o.output.empty() || o.output == "-" ? std::string("a pipe") : "'" + o.output + "'") +
+                     ": its header states the row count, known beforehand only for an f64 or npy input read "
+                     "from a file; write to a regular file instead");
+        return kExitUsage;
     }
-    if (options.format == Format::f64) return convert_f64(run);
-    CsvFormat csv(run);
-    return csv.convert();
+
+    // The first rows are read before any output exists, so an input that is wrong from its
+    // first line (decimal commas, a heading of the wrong width) leaves no output behind.
+    Block block;
+    Source::Status status = source->next(block);
+    if (block.rows == 0 && (status == Source::Status::bad_data || status == Source::Status::io_error)) {
+        say(err, source->error());
+        return status == Source::Status::bad_data ? kExitBadData : kExitIo;
+    }
+    const SourceInfo& info = source->info();
+
+    StateOut state_out;
+    OutputFile out, svg_file, meta_file;
+    std::string plot_temp_check;
+    if (!state_out.open(o.state_out, error)) return say(err, error), kExitIo;
+    if (!o.meta.empty() && !meta_file.open(o.meta)) return say(err, meta_file.error()), kExitIo;
+    if (plot_kind_of(o.plot) == PlotKind::svg && !svg_file.open(o.plot)) return say(err, svg_file.error()), kExitIo;
+    if (!out.open(o.output)) return say(err, out.error()), kExitIo;
+
+    std::unique_ptr<Sink> sink;
+    if (o.to == Format::csv) sink = std::make_unique<CsvSink>(out, column_names(hand_info, o.header_roles));
+    else if (o.to == Format::f64) sink = std::make_unique<F64Sink>(out);
+    else sink = std::make_unique<NpySink>(out, info.known_rows);
+
+    std::unique_ptr<SessionPlot> plot = o.plot.empty() ? nullptr : std::make_unique<SessionPlot>();
+    Progress progress(o.progress, in.size(), err);
+    std::vector<double> targets(Block::kRows * 24);
+    std::uint64_t written = 0;
+
+    sink->begin(info);
+    if (info.has_time && o.to == Format::f64 && !o.quiet)
+        say(err, "note: f64 output holds the 24 targets only; the time column '" + info.time_name +
+                     "' is not written (npy and csv outputs keep it)");
+    for (;;) {
+        if (block.rows) {
+            double* direct = sink->direct(block.rows);
+            double* t = direct ? direct : targets.data();
+            hand.map(block.x.data(), block.rows, t);
+            if (plot) {
+                const bool timed = info.has_time;
+                for (std::size_t r = 0; r < block.rows; ++r)
+                    plot->add(timed ? block.t[r] : std::numeric_limits<double>::quiet_NaN(), &block.x[r * 12], &t[r * 24]);
+            }
+            if (direct) sink->wrote_direct(block.rows);
+            else sink->write(block, t);
+            written += block.rows;
+            progress.update(written, source->bytes_consumed());
+            if (!out.ok()) break;
+        }
+        if (status != Source::Status::more) break;
+        status = source->next(block);
+    }
+    progress.finish();
+
+    // What became of the run, in the order a reader wants it: the data's fault, then the files.
+    int exit = kExitOk;
+    std::string failure;
+    if (status == Source::Status::bad_data) exit = kExitBadData, failure = source->error();
+    if (status == Source::Status::io_error) exit = kExitIo, failure = source->error();
+    if (!failure.empty()) say(err, failure);
+    out.flush();
+    const std::string sink_error = out.ok() ? sink->finish(written) : out.error();
+    if (!sink_error.empty()) {
+        say(err, sink_error);
+        exit = kExitIo;
+    }
+    if (plot) {
+        SessionPlot::Labels labels;
+        labels.title = std::string(hand_info.name) + " " + hand_info.version;
+        labels.source = in.name();
+        labels.time_name = info.has_time ? info.time_name : "";
+        labels.input_names = info.input_names;
+        for (int i = 0; i < 24; ++i) labels.roles[i] = hand_info.slot_roles[i];
+        const std::string svg = plot->svg(labels);
+        if (plot_kind_of(o.plot) == PlotKind::svg) {
+            svg_file.append(svg);
+            if (!svg_file.flush()) say(err, svg_file.error()), exit = kExitIo;
+        } else if (!render_png(o.rsvg_convert, svg, o.plot, error)) {
+            say(err, error);
+            exit = kExitIo;
+        }
+    }
+    const SkippedRows& skipped = source->skipped();
+    if (!skipped.places.empty()) {
+        std::string where;
+        for (std::size_t i = 0; i < skipped.places.size() && i < 10; ++i)
+            where += (i ? ", " : "") + std::to_string(skipped.places[i]);
+        if (skipped.places.size() > 10) where += ", ...";
+        say(err, "skipped " + std::to_string(skipped.places.size()) + (skipped.places.size() == 1 ? " bad row" : " bad rows") +
+                     " of " + in.name() + ", at " + (info.places_are_lines ? "line" : "byte offset") +
+                     (skipped.places.size() > 1 && info.places_are_lines ? "s " : " ") + where);
+        say(err, "the first was: " + skipped.messages.front());
+        if (exit == kExitOk) exit = kExitSkipped;
+    }
+    if (!o.state_out.empty() && (exit == kExitOk || exit == kExitSkipped)) {
+        if (!state_out.commit(hand.state(), error)) say(err, error), exit = kExitIo;
+    }
+    if (!o.meta.empty()) {
+        RunRecord record;
+        record.hand = &hand_info;
+        record.input = o.input.empty() || o.input == "-" ? "-" : o.input;
+        record.output = o.output.empty() || o.output == "-" ? "-" : o.output;
+        record.from = o.from;
+        record.to = o.to;
+        record.info = &info;
+        record.rows_read = source->rows_read();
+        record.rows_written = written;
+        record.skipped = &skipped;
+        record.dropout = hand.dropout() == quil_linear::Dropout::hold ? "hold" : "pass";
+        record.time_written = sink->time_written;
+        // Column by column what the output holds: a consumer of an npy array reads it from here.
+        record.columns = column_names(hand_info, o.to == Format::csv && o.header_roles);
+        if (sink->time_written) record.columns.insert(record.columns.begin(), info.time_name);
+        record.state_in = o.state_in;
+        record.state_out = o.state_out;
+        record.plot = o.plot;
+        record.exit_status = exit;
+        record.error = failure.empty() ? sink_error : failure;
+        meta_file.append(meta_json(record));
+        if (!meta_file.flush()) say(err, meta_file.error()), exit = kExitIo;
+    }
+    return exit;
 }
 
 }  // namespace quil::retarget

@@ -2,14 +2,14 @@
 // library, from the command line.
 #include <unistd.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string>
-#include <string_view>
-#include <vector>
 
 #include "map_session.h"
+#include "run_record.h"
 
 #ifndef QUIL_RETARGET_VERSION
 #define QUIL_RETARGET_VERSION "unknown"
@@ -19,56 +19,48 @@ namespace {
 
 using namespace quil::retarget;
 
-constexpr const char* kUsage = R"(Usage:
-  quil-retarget list
-  quil-retarget map --model NAME [INPUT] [-o OUTPUT] [options]
-  quil-retarget --help | --version
+constexpr const char* kExitStatuses = R"(Exit status:
+  0  every row converted
+  1  bad data: a malformed row or number, a truncated f64 record, a NumPy header problem or
+     short NumPy data. The message names file:line:column, the byte offset or the header
+     problem; the rows before it are written (nothing at all when the first row is at fault)
+  2  bad command line, unknown hand, an output over the input, a plot that is neither .svg
+     nor .png, a .png plot without rsvg-convert, an npy output whose row count cannot be known
+  3  an input that cannot be read; an output, plot, meta or state file that cannot be written
+  4  the --state-in file is not a state this hand can carry on from (another hand's, damaged,
+     truncated, or of an unknown format)
+  5  converted, but --skip-bad left rows out (listed on standard error and in --meta)
+)";
 
-Retargets recorded glove sessions: each sample of twelve glove readings x0..x11 becomes
-the 24 joint targets of the chosen robot hand, one output row per input row, in order.
+constexpr const char* kMapFooter = R"(
+Formats: --from for the input, --to for the output, --format for both. When not given, each
+side goes by its file's extension (.csv .tsv .txt: csv, .f64: f64, .npy: npy), else csv.
+  csv  fields separated by commas, semicolons or tabs (whichever the first line uses; with
+       none of them, by runs of spaces), 12 per row (x0..x11) or 13 with a time column first. The first line is a heading only when
+       none of its fields is a number in any notation. Numbers use a decimal point: a file
+       with decimal commas is refused at its first row. nan and inf are read. Quoted fields
+       are unquoted; one separator at the end of every line is allowed. Blank lines and lines
+       starting with '#' are skipped.
+       Written: a heading ([time,]out0..out23, or the slot roles with --header roles; a role
+       used by several slots gets its slot number, unused_20), then one row per sample, every
+       value in the shortest text that reads back to the same double.
+  f64  raw little-endian doubles: 12 per sample in, 24 per sample out; no heading, no time.
+  npy  a NumPy array. Read: float64 or float32, either byte order, C or Fortran order, shape
+       (N, 12), or (N, 13) with the time first; format versions 1.0 to 3.0. Written: '<f8',
+       C order, (N, 24), or (N, 25) with the time first. Its header states N: written to a
+       pipe, the input must be an f64 or npy file, whose row count is known beforehand.
 
-Commands:
-  list                 every hand with its version, its result buffer kind (per-call or
-                       persistent) and whether it keeps state between samples
-  map                  reads samples from INPUT (a file, or standard input when INPUT is
-                       missing or "-") and writes targets to OUTPUT (standard output when
-                       missing or "-"), streaming in constant memory
-
-Options of map:
-  -m, --model NAME     the hand, as `list` names it; case does not matter
-  -o, --output FILE    where the targets go
-      --format FMT     csv (default) or f64
-      --skip-bad       skip malformed rows instead of stopping; they are counted and the
-                       first line numbers are listed on standard error
-      --plot FILE.svg  also draw the session: input readings and output targets over time
-  -q, --quiet          no progress display (it shows only when standard error is a terminal)
-  -h, --help           this text
-
-CSV input: fields separated by commas, semicolons or tabs (whichever the first line uses),
-  12 per row (x0..x11) or 13 with a leading time column, which is copied to the output as it
-  stands. An optional first line of column names is recognised by holding no number. Numbers
-  use a decimal point; nan, inf and -inf are accepted (the library clamps readings).
-  Blank lines and lines starting with '#' are ignored.
-CSV output: comma separated, a heading line (time column name, out0..out23), then one row
-  per sample; every value is written in the shortest form that reads back to the same
-  double, so a round trip is exact. An input without rows gives the heading alone.
-f64: raw little-endian doubles, 12 per sample in and 24 per sample out, no heading, no time
-  (numpy: np.fromfile(path, dtype='<f8').reshape(-1, 24)).
+Time column: carried csv->csv (as written), csv->npy (as a number), npy->csv and npy->npy.
+  f64 output cannot hold it (24 targets per sample): csv->f64 and npy->f64 leave it out and
+  say so on standard error. f64 input has none.
 
 Hands that keep state between samples (pinch latches, thumb references) see the samples in
-order through one state, from the hand's start-up state, as a live host would.
+order through one state, from the hand's start-up state or from --state-in; --state-out saves
+the state after the last row, so a session recorded in several files converts as one:
+  quil-retarget map -m RUIYAN_RY_H15 part1.csv -o t1.csv --state-out s1
+  quil-retarget map -m RUIYAN_RY_H15 part2.csv -o t2.csv --state-in s1 --state-out s2
+The state file also holds the dropout policy, which --dropout overrides.
 
-Exit status:
-  0  every row converted (with --skip-bad: every row that could be read)
-  1  bad data: a malformed number, an empty field, a wrong number of fields, a line too long
-     or a truncated f64 record; the message names the file, line and column (or the byte
-     offset), and every row before it has been written
-  2  bad command line, unknown hand, or an output that would overwrite the input
-  3  the input cannot be opened or read, or the output or the plot cannot be written
-
-Examples:
-  quil-retarget map --model QUIL_linear_AA data/sample_session.csv -o out/aa.csv --plot out/aa.svg
-  recorder | quil-retarget map -m robotera_xhand1 --format f64 > targets.f64
 )";
 
 int usage_error(const std::string& message) {
@@ -76,7 +68,20 @@ int usage_error(const std::string& message) {
     return kExitUsage;
 }
 
-int list_models() {
+const quil_hand_info* find_hand(const std::string& name, std::string& error) {
+    const quil_hand_info* hand = quil_hand_find(name.c_str());
+    if (hand) return hand;
+    const quil_hand_info* close[3];
+    const std::size_t n = quil_hand_suggest(name.c_str(), close, 3);
+    error = "unknown hand '" + name + "'; closest: ";
+    for (std::size_t i = 0; i < n; ++i) error += (i ? ", " : "") + std::string(close[i]->name);
+    error += " (all: 'quil-retarget list')";
+    return nullptr;
+}
+
+int finish_stdout() { return std::fflush(stdout) == 0 && !std::ferror(stdout) ? kExitOk : kExitIo; }
+
+int list_hands() {
     std::size_t name_w = 5, version_w = 7;
     for (std::size_t i = 0; i < quil_hand_count(); ++i) {
         name_w = std::max(name_w, std::strlen(quil_hand_at(i)->name));
@@ -89,98 +94,113 @@ int list_models() {
         std::printf("%-*s  %-*s  %-10s  %s\n", nw, m.name, vw, m.version,
                     m.persistent_buffer ? "persistent" : "per-call", m.keeps_state ? "keeps state" : "stateless");
     }
-    return std::fflush(stdout) == 0 && !std::ferror(stdout) ? kExitOk : kExitIo;
-}
-
-// Takes the value of option `name` from "--name=value" or from the next argument.
-bool option_value(int argc, char** argv, int& i, std::string_view arg, std::string_view name,
-                  std::string& value, bool& missing) {
-    if (arg == name) {
-        if (i + 1 >= argc) {
-            missing = true;
-            return true;
-        }
-        value = argv[++i];
-        return true;
-    }
-    if (arg.size() > name.size() && arg.substr(0, name.size()) == name && arg[name.size()] == '=' &&
-        name.substr(0, 2) == "--") {
-        value = std::string(arg.substr(name.size() + 1));
-        return true;
-    }
-    return false;
-}
-
-int map_command(int argc, char** argv) {
-    MapOptions options;
-    std::string model, format = "csv";
-    bool quiet = false, have_input = false;
-    for (int i = 2; i < argc; ++i) {
-        const std::string_view arg = argv[i];
-        bool missing = false;
-        if (arg == "-h" || arg == "--help") {
-            std::fputs(kUsage, stdout);
-            return kExitOk;
-        } else if (option_value(argc, argv, i, arg, "--model", model, missing) ||
-                   option_value(argc, argv, i, arg, "-m", model, missing) ||
-                   option_value(argc, argv, i, arg, "--output", options.output, missing) ||
-                   option_value(argc, argv, i, arg, "-o", options.output, missing) ||
-                   option_value(argc, argv, i, arg, "--format", format, missing) ||
-                   option_value(argc, argv, i, arg, "--plot", options.plot, missing)) {
-            if (missing) return usage_error("option " + std::string(arg) + " needs a value");
-        } else if (arg == "--skip-bad") {
-            options.skip_bad = true;
-        } else if (arg == "-q" || arg == "--quiet") {
-            quiet = true;
-        } else if (arg.size() > 1 && arg[0] == '-') {
-            return usage_error("unknown option " + std::string(arg));
-        } else if (have_input) {
-            return usage_error("more than one input given ('" + options.input + "' and '" + std::string(arg) + "')");
-        } else {
-            options.input = std::string(arg);
-            have_input = true;
-        }
-    }
-    if (model.empty()) return usage_error("map needs --model NAME (see 'quil-retarget list')");
-    options.model = quil_hand_find(model.c_str());
-    if (!options.model) {
-        std::string names;
-        const quil_hand_info* close[3];
-        const std::size_t n = quil_hand_suggest(model.c_str(), close, 3);
-        for (std::size_t i = 0; i < n; ++i) names += (names.empty() ? "" : ", ") + std::string(close[i]->name);
-        return usage_error("unknown model '" + model + "'; closest: " + names + " (all: 'quil-retarget list')");
-    }
-    if (format == "csv") options.format = Format::csv;
-    else if (format == "f64") options.format = Format::f64;
-    else return usage_error("unknown format '" + format + "' (csv or f64)");
-    options.progress = !quiet && ::isatty(STDERR_FILENO);
-    return run_map(options, stderr);
+    return finish_stdout();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 2) {
-        std::fputs(kUsage, stderr);
+    CLI::App app("Retargets recorded glove sessions: each sample of twelve glove readings x0..x11 becomes\n"
+                 "the 24 joint targets of the chosen robot hand, one output row per input row, in order.\n\n"
+                 "  quil-retarget list\n"
+                 "  quil-retarget describe HAND [--json]\n"
+                 "  quil-retarget map --model NAME [INPUT] [-o OUTPUT] [options]   (map --help for more)\n",
+                 "quil-retarget");
+    app.set_version_flag("--version", "quil-retarget " QUIL_RETARGET_VERSION);
+    app.footer(std::string("\n") + kExitStatuses);
+
+    CLI::App* list = app.add_subcommand("list", "every hand with its version, result buffer kind and state");
+
+    CLI::App* describe = app.add_subcommand("describe", "one hand: version, buffer kind, state, and its 24 slots with their roles");
+    std::string describe_name;
+    bool describe_as_json = false;
+    describe->add_option("HAND", describe_name, "the hand, as 'list' names it; case does not matter")
+        ->required()
+        ->type_name("");
+    describe->add_flag("--json", describe_as_json, "as JSON");
+
+    CLI::App* map = app.add_subcommand("map", "convert a session: readings in, joint targets out");
+    map->footer(std::string(kMapFooter) + kExitStatuses);
+    std::string model, input, output, from, to, format, header = "out", dropout, plot, meta, state_in, state_out;
+    bool skip_bad = false, quiet = false;
+    const auto formats = CLI::IsMember({"csv", "f64", "npy"}, CLI::ignore_case);
+    map->add_option("-m,--model", model, "the hand, as 'list' names it; case does not matter")->required()->type_name("NAME");
+    map->add_option("INPUT", input, "the session; standard input when missing or -")->type_name("FILE");
+    map->add_option("-o,--output", output, "where the targets go; standard output when missing or -")->type_name("FILE");
+    CLI::Option* format_opt = map->add_option("--format", format, "csv, f64 or npy for both sides")->transform(formats)->type_name("FMT");
+    map->add_option("--from", from, "the input's format: csv, f64 or npy")->transform(formats)->type_name("FMT")->excludes(format_opt);
+    map->add_option("--to", to, "the output's format: csv, f64 or npy")->transform(formats)->type_name("FMT")->excludes(format_opt);
+    map->add_option("--header", header, "CSV heading of the targets: out (out0..out23) or roles")
+        ->transform(CLI::IsMember({"out", "roles"}, CLI::ignore_case))->type_name("WHICH");
+    map->add_option("--dropout", dropout,
+                    "a NaN or infinite reading goes to the hand as it is (pass, the\n"
+                    "exact mapping, the default) or holds the last finite one (hold)")
+        ->transform(CLI::IsMember({"pass", "hold"}, CLI::ignore_case))->type_name("POLICY");
+    map->add_option("--state-in", state_in, "start from the hand state saved in FILE")->type_name("FILE");
+    map->add_option("--state-out", state_out, "save the hand state after the last row to FILE")->type_name("FILE");
+    map->add_option("--meta", meta, "write a JSON record of the run: hand, versions, slot roles,\n"
+                                    "input, rows written and skipped, dropout, time column")
+        ->type_name("FILE.json");
+    map->add_option("--plot", plot, "draw the session: .svg, or .png through rsvg-convert")
+        ->type_name("FILE");
+    map->add_flag("--skip-bad", skip_bad, "skip malformed rows instead of stopping (listed; exit status 5)");
+    map->add_flag("-q,--quiet", quiet, "no progress display and no notes");
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp& e) {
+        return app.exit(e);
+    } catch (const CLI::CallForAllHelp& e) {
+        return app.exit(e);
+    } catch (const CLI::CallForVersion& e) {
+        return app.exit(e);
+    } catch (const CLI::ParseError& e) {
+        return usage_error(e.what());
+    }
+
+    if (list->parsed()) return list_hands();
+    if (describe->parsed()) {
+        std::string error;
+        const quil_hand_info* hand = find_hand(describe_name, error);
+        if (!hand) return usage_error(error);
+        std::fputs((describe_as_json ? describe_json(*hand) : describe_text(*hand)).c_str(), stdout);
+        return finish_stdout();
+    }
+    if (!map->parsed()) {
+        std::fputs(app.help().c_str(), stderr);
         return kExitUsage;
     }
-    const std::string_view command = argv[1];
-    if (command == "-h" || command == "--help" || command == "help") {
-        std::fputs(kUsage, stdout);
-        return kExitOk;
-    }
-    if (command == "--version") {
-        std::printf("quil-retarget %s\n", QUIL_RETARGET_VERSION);
-        return kExitOk;
-    }
-    if (command == "list") {
-        if (argc > 2 && (std::strcmp(argv[2], "-h") == 0 || std::strcmp(argv[2], "--help") == 0)) {
-            std::fputs(kUsage, stdout);
-            return kExitOk;
+
+    MapOptions o;
+    std::string error;
+    o.hand = find_hand(model, error);
+    if (!o.hand) return usage_error(error);
+    o.input = input;
+    o.output = output;
+    auto format_of = [](const std::string& name) {
+        return name == "f64" ? Format::f64 : name == "npy" ? Format::npy : Format::csv;
+    };
+    o.from = !format.empty() ? format_of(format) : !from.empty() ? format_of(from) : format_of_path(input);
+    o.to = !format.empty() ? format_of(format) : !to.empty() ? format_of(to) : format_of_path(output);
+    o.header_roles = header == "roles";
+    if (!dropout.empty()) o.dropout = dropout == "hold" ? QUIL_DROPOUT_HOLD : QUIL_DROPOUT_PASS;
+    o.state_in = state_in;
+    o.state_out = state_out;
+    o.meta = meta;
+    o.plot = plot;
+    o.skip_bad = skip_bad;
+    o.quiet = quiet;
+    o.progress = !quiet && ::isatty(STDERR_FILENO);
+    if (!plot.empty()) {
+        const PlotKind kind = plot_kind_of(plot);
+        if (kind == PlotKind::none) return usage_error("cannot draw '" + plot + "': a plot is .svg, or .png through rsvg-convert");
+        if (kind == PlotKind::png) {
+            o.rsvg_convert = find_on_path("rsvg-convert");
+            if (o.rsvg_convert.empty())
+                return usage_error("cannot draw '" + plot + "': a .png plot needs rsvg-convert (Debian: librsvg2-bin), "
+                                   "which is not installed; ask for .svg instead");
         }
-        if (argc > 2) return usage_error("list takes no arguments");
-        return list_models();
     }
-    if (command == "map") return map_command(argc, argv);
-    return usage_error("unknown command '" + std::string(command) + "' (list or map)");
+    if (o.header_roles && o.to != Format::csv) return usage_error("--header roles is for CSV output only");
+    return run_map(o, stderr);
 }

@@ -155,6 +155,36 @@ std::ptrdiff_t InputFile::read(char* into, std::size_t n) {
     }
 }
 
+std::ptrdiff_t InputFile::read_full(char* into, std::size_t n) {
+    std::size_t have = 0;
+    while (have < n) {
+        const std::ptrdiff_t got = read(into + have, n - have);
+        if (got < 0) return -1;
+        if (got == 0) break;
+        have += static_cast<std::size_t>(got);
+    }
+    return static_cast<std::ptrdiff_t>(have);
+}
+
+bool InputFile::read_at(char* into, std::size_t n, std::uint64_t offset) {
+    std::size_t have = 0;
+    while (have < n) {
+        const ssize_t got = ::pread(fd_, into + have, n - have, static_cast<off_t>(offset + have));
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0) {
+            error_ = "cannot read '" + name_ + "': " + describe_errno(errno);
+            return false;
+        }
+        if (got == 0) {
+            error_ = "cannot read '" + name_ + "': it ended at byte offset " + std::to_string(offset + have) +
+                     " (was it changed while being read?)";
+            return false;
+        }
+        have += static_cast<std::size_t>(got);
+    }
+    return true;
+}
+
 LineReader::LineReader(InputFile& in) : in_(in), buf_(kBlock) {}
 
 LineReader::Status LineReader::next(std::string_view& line) {
@@ -204,19 +234,61 @@ LineReader::Status LineReader::next(std::string_view& line) {
 
 OutputFile::OutputFile() : buf_(2 * kBlock + 65536) {}
 
+namespace {
+// A regular file not in append mode can be rewritten in place; `start` is where writing begins.
+bool fd_seekable(int fd, std::int64_t& start) {
+    struct stat st;
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) return false;
+    const int flags = ::fcntl(fd, F_GETFL);
+    if (flags < 0 || (flags & O_APPEND)) return false;
+    const off_t at = ::lseek(fd, 0, SEEK_CUR);
+    if (at < 0) return false;
+    start = static_cast<std::int64_t>(at);
+    return true;
+}
+}  // namespace
+
+bool OutputFile::would_be_seekable(const std::string& path) {
+    std::int64_t start;
+    if (path.empty() || path == "-") return fd_seekable(STDOUT_FILENO, start);
+    struct stat st;
+    if (::stat(path.c_str(), &st) != 0) return true;  // it will be created as a regular file
+    return S_ISREG(st.st_mode);
+}
+
 bool OutputFile::open(const std::string& path) {
     if (path.empty() || path == "-") {
         fd_ = STDOUT_FILENO;
         name_ = "<stdout>";
-        return true;
+    } else {
+        name_ = path;
+        fd_ = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+        if (fd_ < 0) {
+            error_ = "cannot write '" + path + "': " + describe_errno(errno);
+            return false;
+        }
+        owns_ = true;
     }
-    name_ = path;
-    fd_ = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    if (fd_ < 0) {
-        error_ = "cannot write '" + path + "': " + describe_errno(errno);
+    seekable_ = fd_seekable(fd_, start_);
+    return true;
+}
+
+bool OutputFile::patch(std::uint64_t offset, const char* data, std::size_t n) {
+    if (!flush()) return false;
+    if (!seekable_) {
+        error_ = "cannot rewrite the start of '" + name_ + "': it is not a regular file";
         return false;
     }
-    owns_ = true;
+    std::size_t done = 0;
+    while (done < n) {
+        const ssize_t w = ::pwrite(fd_, data + done, n - done, static_cast<off_t>(start_ + offset + done));
+        if (w < 0 && errno == EINTR) continue;
+        if (w < 0) {
+            error_ = "cannot write '" + name_ + "': " + describe_errno(errno);
+            return false;
+        }
+        done += static_cast<std::size_t>(w);
+    }
     return true;
 }
 

@@ -39,9 +39,16 @@ class InputFile {
     std::int64_t size() const { return size_; }
     // True when `path` names this very file (so writing it would destroy the input).
     bool is_same_file(const std::string& path) const;
+    // A regular file: its size is known and it can be read at any offset.
+    bool seekable() const { return size_ >= 0; }
 
     // Reads up to `n` bytes; 0 at the end of the input, -1 on a read error (see error()).
     std::ptrdiff_t read(char* into, std::size_t n);
+    // Reads until `n` bytes are in or the input ends; the count read, or -1 on a read error.
+    std::ptrdiff_t read_full(char* into, std::size_t n);
+    // Reads exactly `n` bytes at `offset` of a seekable input; false on a read error or a short
+    // read (error() then says which).
+    bool read_at(char* into, std::size_t n, std::uint64_t offset);
 
   private:
     int fd_ = -1;
@@ -84,6 +91,9 @@ class OutputFile {
     OutputFile();
     // Opens (creates or empties) `path`; "-" or "" is standard output. False on failure.
     bool open(const std::string& path);
+    // Whether open(path) would give an output that can be rewritten in place later (a regular
+    // file, not one opened for appending): asked before opening, so nothing is touched.
+    static bool would_be_seekable(const std::string& path);
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
@@ -107,6 +117,11 @@ class OutputFile {
         }
     }
     bool flush();
+    // Flushes, then overwrites `n` bytes at `offset` from where the output began (the header
+    // of a file whose length was not known when it was started). Needs a seekable output.
+    bool patch(std::uint64_t offset, const char* data, std::size_t n);
+    bool seekable() const { return seekable_; }
+    const std::string& name() const { return name_; }
 
     static constexpr std::size_t kBlock = 1 << 20;
 
@@ -117,6 +132,8 @@ class OutputFile {
     std::string error_;
     std::vector<char> buf_;
     std::size_t used_ = 0;
+    bool seekable_ = false;
+    std::int64_t start_ = 0;  // file offset where this output began
 };
 
 }  // namespace quil::retarget

@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <limits>
+#include <map>
 
 namespace quil::retarget {
 
@@ -12,7 +13,7 @@ namespace {
 
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
-// Twelve colours that stay apart on white; targets past the twelfth reuse them dashed.
+// Twelve colours that stay apart on white, for the readings; a target panel uses the first six.
 constexpr const char* kPalette[12] = {"#1f77b4", "#ff7f0e", "#2ca02c", "#d62728",
                                       "#9467bd", "#8c564b", "#e377c2", "#7f7f7f",
                                       "#bcbd22", "#17becf", "#393b79", "#637939"};
@@ -94,7 +95,8 @@ Axis nice_axis(double lo, double hi, int want, bool pad) {
 
 }  // namespace
 
-SessionPlot::SessionPlot(std::size_t max_buckets) : max_buckets_(std::max<std::size_t>(2, max_buckets & ~std::size_t(1))) {
+SessionPlot::SessionPlot(std::size_t max_buckets)
+    : max_buckets_(std::max<std::size_t>(2, max_buckets & ~std::size_t(1))) {
     buckets_.reserve(max_buckets_);
     lo_.fill(kInf);
     hi_.fill(-kInf);
@@ -160,16 +162,75 @@ void SessionPlot::merge_pairs() {
     per_bucket_ *= 2;
 }
 
+namespace {
+
+constexpr const char* kGroups[] = {"thumb", "index", "middle", "ring", "little"};
+
+std::string group_of(const std::string& role) {
+    std::string word = role.substr(0, role.find('_'));
+    for (char& c : word) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    for (const char* g : kGroups)
+        if (word == g) return g;
+    return "other";
+}
+
+std::string capitalised(std::string s) {
+    if (!s.empty()) s[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(s[0])));
+    return s;
+}
+
+}  // namespace
+
+std::vector<SessionPlot::Panel> SessionPlot::target_panels(const std::array<std::string, kOutputs>& roles,
+                                                           const std::array<bool, kOutputs>& constant) {
+    std::vector<Panel> panels;
+    std::vector<std::string> order(std::begin(kGroups), std::end(kGroups));
+    order.push_back("other");
+    for (const std::string& g : order) {
+        std::vector<int> drawn, flat;
+        for (int s = 0; s < kOutputs; ++s) {
+            if (group_of(roles[s]) != g) continue;
+            (constant[s] ? flat : drawn).push_back(s);
+        }
+        if (drawn.empty() && flat.empty()) continue;
+        // More moving slots than can be told apart: split evenly, the constants go last.
+        const std::size_t parts = std::max<std::size_t>(1, (drawn.size() + kMaxLines - 1) / kMaxLines);
+        std::size_t at = 0;
+        for (std::size_t p = 0; p < parts; ++p) {
+            Panel panel;
+            panel.title = capitalised(g);
+            if (parts > 1) panel.title += " (" + std::to_string(p + 1) + " of " + std::to_string(parts) + ")";
+            const std::size_t n = (drawn.size() - at) / (parts - p);
+            panel.drawn.assign(drawn.begin() + static_cast<std::ptrdiff_t>(at), drawn.begin() + static_cast<std::ptrdiff_t>(at + n));
+            at += n;
+            if (p + 1 == parts) panel.constant = flat;
+            panels.push_back(panel);
+        }
+    }
+    return panels;
+}
+
+namespace {
+
+struct Rect {
+    double left, top, right, bottom;
+};
+
+struct Trace {
+    int channel;
+    std::string label;
+    const char* colour;
+};
+
+}  // namespace
+
 std::string SessionPlot::svg(const Labels& labels) const {
-    constexpr double W = 1200, H = 870;
-    constexpr double left = 80, right = 960, legend_x = 985;
-    constexpr double panel_h = 310;
-    const double tops[2] = {95, 505};
+    constexpr double W = 1400;
+    constexpr double kTopPanelH = 250, kSmallH = 165, kSmallPitch = 235;
 
     const bool use_time = !labels.time_name.empty() && all_times_finite_ && samples_ > 0;
     auto bucket_x = [&](const Bucket& b, bool last) {
-        return use_time ? (last ? b.t_last : b.t_first)
-                        : static_cast<double>(last ? b.i_last : b.i_first);
+        return use_time ? (last ? b.t_last : b.t_first) : static_cast<double>(last ? b.i_last : b.i_first);
     };
     double xlo = kInf, xhi = -kInf;
     for (const Bucket& b : buckets_) {
@@ -177,11 +238,18 @@ std::string SessionPlot::svg(const Labels& labels) const {
         xhi = std::max({xhi, bucket_x(b, false), bucket_x(b, true)});
     }
     if (buckets_.empty()) xlo = 0, xhi = 1;
-    Axis xa = nice_axis(xlo, xhi, 10, false);
+    Axis xa = nice_axis(xlo, xhi, 8, false);
     // Let the time axis start and end on ticks (0 to 20 s rather than 0 to 19.99 s).
     xa.lo = std::floor(xa.lo / xa.step + 1e-9) * xa.step;
     xa.hi = std::ceil(xa.hi / xa.step - 1e-9) * xa.step;
     const std::string x_title = use_time ? labels.time_name : "sample";
+
+    std::array<bool, kOutputs> flat_target;
+    for (int s = 0; s < kOutputs; ++s) flat_target[s] = samples_ > 0 && constant_[kInputs + s];
+    const std::vector<Panel> panels = target_panels(labels.roles, flat_target);
+    const std::size_t grid_rows = (panels.size() + 1) / 2;
+    const double grid_top = 95 + kTopPanelH + 95;
+    const double H = grid_top + static_cast<double>(grid_rows) * kSmallPitch + 10;
 
     std::string s;
     s.reserve(1 << 20);
@@ -190,133 +258,156 @@ std::string SessionPlot::svg(const Labels& labels) const {
              "viewBox=\"0 0 %.0f %.0f\" font-family=\"DejaVu Sans, Arial, sans-serif\">\n",
              W, H, W, H);
     s += fmt("<rect width=\"%.0f\" height=\"%.0f\" fill=\"white\"/>\n", W, H);
-    s += fmt("<text x=\"%.0f\" y=\"30\" font-size=\"19\" font-weight=\"bold\">", left) +
-         escape(labels.title) + "</text>\n";
+    s += "<text x=\"70\" y=\"30\" font-size=\"19\" font-weight=\"bold\">" + escape(labels.title) + "</text>\n";
     std::string sub = escape(labels.source) + fmt(", %llu samples", static_cast<unsigned long long>(samples_));
     if (per_bucket_ > 1)
-        sub += fmt("; drawn from %zu groups of up to %llu samples (lowest and highest of each)",
-                   buckets_.size(), static_cast<unsigned long long>(per_bucket_));
-    s += fmt("<text x=\"%.0f\" y=\"52\" font-size=\"12\" fill=\"#555\">", left) + sub + "</text>\n";
+        sub += fmt("; drawn from %zu groups of up to %llu samples (lowest and highest of each)", buckets_.size(),
+                   static_cast<unsigned long long>(per_bucket_));
+    s += "<text x=\"70\" y=\"52\" font-size=\"12\" fill=\"#555\">" + sub + "</text>\n";
 
-    for (int panel = 0; panel < 2; ++panel) {
-        const double top = tops[panel], bottom = top + panel_h;
-        const int c0 = panel == 0 ? 0 : kInputs;
-        const int n = panel == 0 ? kInputs : kOutputs;
-        auto name = [&](int c) {
-            if (panel == 0) {
-                const std::string& given = labels.input_names[c];
-                return given.empty() ? "x" + std::to_string(c) : given;
-            }
-            return "out" + std::to_string(c - kInputs);
-        };
-
-        // Channels that never change are listed, not drawn: a flat line per constant slot
-        // would hide the moving ones.
-        std::vector<int> drawn, flat;
+    int clip_id = 0;
+    // One chart: frame, grid, traces, and a legend at `legend_x` of the drawn traces followed
+    // by the constant channels.
+    auto chart = [&](const std::string& title, const Rect& r, const std::vector<Trace>& traces,
+                     const std::vector<std::string>& constants, double legend_x, double font, const char* y_title) {
         double ylo = kInf, yhi = -kInf;
-        for (int c = c0; c < c0 + n; ++c) {
-            if (samples_ > 0 && constant_[c]) {
-                flat.push_back(c);
-                continue;
-            }
-            drawn.push_back(c);
-            ylo = std::min(ylo, lo_[c]);
-            yhi = std::max(yhi, hi_[c]);
-        }
-        if (ylo > yhi) {  // nothing finite to draw: scale around the constants
-            for (int c : flat) ylo = std::min(ylo, first_value_[c]), yhi = std::max(yhi, first_value_[c]);
-        }
-        const Axis ya = nice_axis(ylo, yhi, 6, true);
-        auto px = [&](double x) { return left + (x - xa.lo) / (xa.hi - xa.lo) * (right - left); };
-        auto py = [&](double y) { return bottom - (y - ya.lo) / (ya.hi - ya.lo) * panel_h; };
-
-        const std::string panel_title =
-            panel == 0 ? "Glove readings (input)" : "Joint targets (output of " + labels.title + ")";
-        s += fmt("<text x=\"%.0f\" y=\"%.0f\" font-size=\"14\" font-weight=\"bold\">%s</text>\n",
-                 left, top - 10, escape(panel_title).c_str());
+        for (const Trace& t : traces) ylo = std::min(ylo, lo_[t.channel]), yhi = std::max(yhi, hi_[t.channel]);
+        const Axis ya = nice_axis(ylo, yhi, r.bottom - r.top > 200 ? 6 : 4, true);
+        const double h = r.bottom - r.top;
+        auto px = [&](double x) { return r.left + (x - xa.lo) / (xa.hi - xa.lo) * (r.right - r.left); };
+        auto py = [&](double y) { return r.bottom - (y - ya.lo) / (ya.hi - ya.lo) * h; };
+        const int clip = clip_id++;
+        s += fmt("<text x=\"%.1f\" y=\"%.1f\" font-size=\"14\" font-weight=\"bold\">%s</text>\n", r.left, r.top - 9,
+                 escape(title).c_str());
         s += fmt("<clipPath id=\"clip%d\"><rect x=\"%.1f\" y=\"%.1f\" width=\"%.1f\" height=\"%.1f\"/></clipPath>\n",
-                 panel, left, top, right - left, panel_h);
+                 clip, r.left, r.top, r.right - r.left, h);
         s += fmt("<rect x=\"%.1f\" y=\"%.1f\" width=\"%.1f\" height=\"%.1f\" fill=\"#fbfbfb\" stroke=\"#999\"/>\n",
-                 left, top, right - left, panel_h);
-
-        // Grid and tick labels.
+                 r.left, r.top, r.right - r.left, h);
         s += "<g font-size=\"11\" fill=\"#333\">\n";
         for (double t = std::ceil(ya.lo / ya.step) * ya.step; t <= ya.hi + ya.step * 1e-9; t += ya.step) {
-            const double y = py(t);
             const double shown = std::fabs(t) < ya.step * 1e-9 ? 0.0 : t;
             s += fmt("<line x1=\"%.1f\" y1=\"%.1f\" x2=\"%.1f\" y2=\"%.1f\" stroke=\"#e2e2e2\"/>"
                      "<text x=\"%.1f\" y=\"%.1f\" text-anchor=\"end\">%.*f</text>\n",
-                     left, y, right, y, left - 6, y + 4, ya.decimals, shown);
+                     r.left, py(t), r.right, py(t), r.left - 5, py(t) + 4, ya.decimals, shown);
         }
         for (double t = std::ceil(xa.lo / xa.step) * xa.step; t <= xa.hi + xa.step * 1e-9; t += xa.step) {
-            const double x = px(t);
             const double shown = std::fabs(t) < xa.step * 1e-9 ? 0.0 : t;
             s += fmt("<line x1=\"%.1f\" y1=\"%.1f\" x2=\"%.1f\" y2=\"%.1f\" stroke=\"#e2e2e2\"/>"
                      "<text x=\"%.1f\" y=\"%.1f\" text-anchor=\"middle\">%.*f</text>\n",
-                     x, top, x, bottom, x, bottom + 16, xa.decimals, shown);
+                     px(t), r.top, px(t), r.bottom, px(t), r.bottom + 15, xa.decimals, shown);
         }
         s += "</g>\n";
-        s += fmt("<text x=\"%.1f\" y=\"%.1f\" font-size=\"12\" text-anchor=\"middle\">%s</text>\n",
-                 (left + right) / 2, bottom + 36, escape(x_title).c_str());
-        s += fmt("<text transform=\"translate(%.1f %.1f) rotate(-90)\" font-size=\"12\" "
-                 "text-anchor=\"middle\">%s</text>\n",
-                 left - 52, (top + bottom) / 2, panel == 0 ? "glove reading" : "joint target");
+        s += fmt("<text x=\"%.1f\" y=\"%.1f\" font-size=\"11\" fill=\"#555\" text-anchor=\"middle\">%s</text>\n",
+                 (r.left + r.right) / 2, r.bottom + 30, escape(x_title).c_str());
+        if (y_title)
+            s += fmt("<text transform=\"translate(%.1f %.1f) rotate(-90)\" font-size=\"12\" text-anchor=\"middle\">%s</text>\n",
+                     r.left - 48, (r.top + r.bottom) / 2, y_title);
+        if (samples_ == 0 || traces.empty())
+            s += fmt("<text x=\"%.1f\" y=\"%.1f\" font-size=\"13\" fill=\"#888\" text-anchor=\"middle\">%s</text>\n",
+                     (r.left + r.right) / 2, (r.top + r.bottom) / 2,
+                     samples_ == 0 ? "no samples" : "every slot constant (listed)");
 
-        if (samples_ == 0)
-            s += fmt("<text x=\"%.1f\" y=\"%.1f\" font-size=\"14\" fill=\"#888\" text-anchor=\"middle\">no samples</text>\n",
-                     (left + right) / 2, (top + bottom) / 2);
-
-        // The traces: each group gives its first point and its extremes in time order.
-        for (std::size_t k = 0; k < drawn.size(); ++k) {
-            const int c = drawn[k];
-            const int style = c - c0;
+        // The traces: each bucket gives its first point and its extremes in time order.
+        for (const Trace& t : traces) {
+            const int c = t.channel;
             std::string d;
             bool pen_down = false;
             for (const Bucket& b : buckets_) {
-                if (b.lo[c] > b.hi[c]) {  // no finite value in this group: leave a gap
+                if (b.lo[c] > b.hi[c]) {  // no finite value in this bucket: leave a gap
                     pen_down = false;
                     continue;
                 }
                 const double x0 = px(bucket_x(b, false)), x1 = px(bucket_x(b, true));
                 const bool rising = !(b.first[c] > b.last[c]);
-                const double ya0 = py(rising ? b.lo[c] : b.hi[c]), ya1 = py(rising ? b.hi[c] : b.lo[c]);
-                d += fmt("%c%.1f %.1f", pen_down ? 'L' : 'M', x0, ya0);
-                if (b.count > 1) d += fmt("L%.1f %.1f", x1, ya1);
+                const double y0 = py(rising ? b.lo[c] : b.hi[c]), y1 = py(rising ? b.hi[c] : b.lo[c]);
+                d += fmt("%c%.1f %.1f", pen_down ? 'L' : 'M', x0, y0);
+                if (b.count > 1) d += fmt("L%.1f %.1f", x1, y1);
                 pen_down = true;
             }
             if (d.empty()) continue;
             s += "<path d=\"" + d + "\"";
-            s += fmt(" fill=\"none\" stroke=\"%s\" stroke-width=\"1.4\"%s "
-                     "stroke-linejoin=\"round\" clip-path=\"url(#clip%d)\"/>\n",
-                     kPalette[style % 12], style >= 12 ? " stroke-dasharray=\"6 3\"" : "", panel);
+            s += fmt(" fill=\"none\" stroke=\"%s\" stroke-width=\"1.6\" stroke-linejoin=\"round\" clip-path=\"url(#clip%d)\"/>\n",
+                     t.colour, clip);
         }
 
-        // Legend: the drawn channels with their colours, then the constant ones with their value.
-        const std::size_t lines = drawn.size() + (flat.empty() ? 0 : flat.size() + 1);
-        const double step = lines ? std::min(18.0, panel_h / static_cast<double>(lines)) : 18.0;
-        const double font = std::min(12.0, step - 1.5);
-        double y = top + step * 0.75;
-        s += fmt("<g font-size=\"%.1f\" fill=\"#222\">\n", font);
-        for (int c : drawn) {
-            const int style = c - c0;
-            std::string label = name(c);
-            if (nonfinite_[c]) label += fmt(" (%llu NaN/inf not drawn)", static_cast<unsigned long long>(nonfinite_[c]));
-            s += fmt("<line x1=\"%.1f\" y1=\"%.1f\" x2=\"%.1f\" y2=\"%.1f\" stroke=\"%s\" stroke-width=\"2.5\"%s/>"
+        // Legend beside the chart; the constants follow in grey.
+        const std::size_t lines = traces.size() + constants.size() + (constants.empty() ? 0 : 1);
+        const double step = lines ? std::min(font + 5.0, h / static_cast<double>(lines)) : font + 5.0;
+        const double size = std::min(font, step - 1.0);
+        double y = r.top + step * 0.8;
+        s += fmt("<g font-size=\"%.1f\" fill=\"#222\">\n", size);
+        for (const Trace& t : traces) {
+            s += fmt("<line x1=\"%.1f\" y1=\"%.1f\" x2=\"%.1f\" y2=\"%.1f\" stroke=\"%s\" stroke-width=\"3\"/>"
                      "<text x=\"%.1f\" y=\"%.1f\">%s</text>\n",
-                     legend_x, y - font * 0.35, legend_x + 22, y - font * 0.35, kPalette[style % 12],
-                     style >= 12 ? " stroke-dasharray=\"6 3\"" : "", legend_x + 28, y, escape(label).c_str());
+                     legend_x, y - size * 0.35, legend_x + 20, y - size * 0.35, t.colour, legend_x + 26, y,
+                     escape(t.label).c_str());
             y += step;
         }
-        if (!flat.empty()) {
-            s += fmt("<text x=\"%.1f\" y=\"%.1f\" fill=\"#666\" font-style=\"italic\">constant:</text>\n", legend_x, y);
+        if (!constants.empty()) {
+            s += fmt("<text x=\"%.1f\" y=\"%.1f\" fill=\"#666\" font-style=\"italic\">constant, not drawn:</text>\n",
+                     legend_x, y);
             y += step;
-            for (int c : flat) {
-                s += fmt("<text x=\"%.1f\" y=\"%.1f\" fill=\"#666\">%s = %s</text>\n", legend_x + 8, y,
-                         escape(name(c)).c_str(), short_number(first_value_[c]).c_str());
+            for (const std::string& c : constants) {
+                s += fmt("<text x=\"%.1f\" y=\"%.1f\" fill=\"#666\">%s</text>\n", legend_x + 8, y, escape(c).c_str());
                 y += step;
             }
         }
         s += "</g>\n";
+    };
+
+    auto note_nonfinite = [&](int c, std::string label) {
+        if (nonfinite_[c]) label += fmt(" (%llu NaN/inf gaps)", static_cast<unsigned long long>(nonfinite_[c]));
+        return label;
+    };
+
+    // The readings: twelve lines, twelve colours.
+    {
+        std::vector<Trace> traces;
+        std::vector<std::string> constants;
+        for (int c = 0; c < kInputs; ++c) {
+            std::string label = "x" + std::to_string(c);
+            if (!labels.input_names[c].empty() && labels.input_names[c] != label) label += "  " + labels.input_names[c];
+            if (samples_ > 0 && constant_[c]) constants.push_back(label + " = " + short_number(first_value_[c]));
+            else traces.push_back(Trace{c, note_nonfinite(c, label), kPalette[c]});
+        }
+        chart("Glove readings (input)", Rect{70, 95, 1090, 95 + kTopPanelH}, traces, constants, 1110, 12,
+              "glove reading");
+    }
+
+    // The targets: a small chart per finger group, two to a row.
+    s += fmt("<text x=\"70\" y=\"%.1f\" font-size=\"16\" font-weight=\"bold\">Joint targets by finger "
+             "(slot number and role)</text>\n",
+             grid_top - 45);
+    for (std::size_t p = 0; p < panels.size(); ++p) {
+        const Panel& panel = panels[p];
+        const double col = (p % 2) * (W / 2), top = grid_top + static_cast<double>(p / 2) * kSmallPitch;
+        std::vector<Trace> traces;
+        for (std::size_t k = 0; k < panel.drawn.size(); ++k) {
+            const int slot = panel.drawn[k];
+            traces.push_back(Trace{kInputs + slot, note_nonfinite(kInputs + slot, std::to_string(slot) + "  " + labels.roles[slot]),
+                                   kPalette[k % 6]});
+        }
+        // Constants one to a line while they fit, else gathered by value.
+        std::vector<std::string> constants;
+        const std::size_t room = static_cast<std::size_t>(kSmallH / 15.0) - traces.size() - 1;
+        if (panel.constant.size() <= room) {
+            for (int slot : panel.constant)
+                constants.push_back(std::to_string(slot) + "  " + labels.roles[slot] + " = " +
+                                    short_number(first_value_[kInputs + slot]));
+        } else {
+            std::map<double, std::vector<int>> by_value;
+            for (int slot : panel.constant) by_value[first_value_[kInputs + slot]].push_back(slot);
+            for (const auto& [value, slots] : by_value) {
+                std::string line = "= " + short_number(value) + ":";
+                for (int slot : slots) {
+                    if (line.size() > 30) constants.push_back(line), line = "  ";
+                    line += " " + std::to_string(slot);
+                }
+                constants.push_back(line);
+            }
+        }
+        chart(panel.title, Rect{col + 70, top, col + 430, top + kSmallH}, traces, constants, col + 448, 11.5,
+              nullptr);
     }
     s += "</svg>\n";
     return s;

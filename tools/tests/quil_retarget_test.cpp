@@ -1,6 +1,6 @@
-// quil-retarget run as users run it: as a separate process on files and pipes. The targets it
-// writes are checked against the shared library's C exports, loaded with dlopen and called in
-// this process, which calls each export with one sequence only, as a fresh host would.
+// quil-retarget run as users run it: as a separate process on files and pipes. What it writes is
+// checked against the hand API called in this process and against the shared library's C
+// exports, loaded with dlopen and called once per hand with one sequence, as a fresh host would.
 //
 //   quil_retarget_test PATH/quil-retarget PATH/libquil_linear.so
 #include <dlfcn.h>
@@ -8,9 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -18,19 +16,21 @@
 #include <cstring>
 #include <fstream>
 #include <limits>
+#include <nlohmann/json.hpp>
 #include <random>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "quil_linear/hand.h"
-#include "retarget_io.h"
+#include "quil_linear/hand.hpp"
 
 namespace {
 
 std::string g_tool, g_library, g_dir;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
+
+using Sample = std::array<double, 12>;
 
 std::uint64_t bits(double v) {
     std::uint64_t b;
@@ -44,12 +44,14 @@ void write_file(const std::string& name, const std::string& content) {
     std::ofstream(path(name), std::ios::binary) << content;
 }
 
-std::string read_file(const std::string& full_path) {
-    std::ifstream f(full_path, std::ios::binary);
+std::string read_file(const std::string& name) {
+    std::ifstream f(path(name), std::ios::binary);
     std::stringstream s;
     s << f.rdbuf();
     return s.str();
 }
+
+bool exists(const std::string& name) { return access(path(name).c_str(), F_OK) == 0; }
 
 struct Result {
     int status;
@@ -57,12 +59,19 @@ struct Result {
 };
 
 // Runs the tool with `args` (shell words) in the scratch directory, standard input from the
-// file `in` there (or none).
-Result run(const std::string& args, const std::string& in = "") {
-    const std::string cmd = "cd '" + g_dir + "' && '" + g_tool + "' " + args + " <" +
+// file `in` there (or none), standard output to the file "stdout".
+Result run(const std::string& args, const std::string& in = "", const std::string& env = "") {
+    const std::string cmd = "cd '" + g_dir + "' && " + env + " '" + g_tool + "' " + args + " <" +
                             (in.empty() ? "/dev/null" : "'" + in + "'") + " >stdout 2>stderr";
     const int raw = std::system(cmd.c_str());
-    return Result{WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, read_file(path("stdout")), read_file(path("stderr"))};
+    return Result{WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, read_file("stdout"), read_file("stderr")};
+}
+
+// The same with standard input from a pipe, which cannot be read twice or measured beforehand.
+Result run_piped(const std::string& args, const std::string& in) {
+    const std::string cmd = "cd '" + g_dir + "' && cat '" + in + "' | '" + g_tool + "' " + args + " >stdout 2>stderr";
+    const int raw = std::system(cmd.c_str());
+    return Result{WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, read_file("stdout"), read_file("stderr")};
 }
 
 std::vector<std::string> split(const std::string& s, char sep) {
@@ -83,24 +92,24 @@ std::string text(double v) {  // an input value as a recorder might print it, ex
 // A few thousand samples meant to reach every branch a hand has: slow moves between random
 // poses (pinches close and open, so latches are set and cleared), uniform noise over and past
 // the readings' range, and the awkward values (NaN, infinities, signed zeros, bounds).
-std::vector<std::array<double, 12>> varied_session() {
+std::vector<Sample> varied_session() {
     std::mt19937_64 rng(20240517);
     std::uniform_real_distribution<double> pose(-5.0, 110.0), wide(-40.0, 140.0);
     const double special[] = {kNaN, -kNaN, kInf, -kInf, 0.0, -0.0, 120.0, -20.0, 120.0000001, -20.0000001, 1e-310, 45.05};
-    std::vector<std::array<double, 12>> samples;
-    std::array<double, 12> from{}, to{};
-    for (int move = 0; move < 30; ++move) {
+    std::vector<Sample> samples;
+    Sample from{}, to{};
+    for (int move = 0; move < 24; ++move) {
         for (double& v : to) v = pose(rng);
-        for (int k = 0; k < 80; ++k) {
-            std::array<double, 12> s;
-            const double w = 0.5 - 0.5 * std::cos(M_PI * k / 79.0);
+        for (int k = 0; k < 60; ++k) {
+            Sample s;
+            const double w = 0.5 - 0.5 * std::cos(M_PI * k / 59.0);
             for (int i = 0; i < 12; ++i) s[i] = from[i] + (to[i] - from[i]) * w;
             samples.push_back(s);
         }
         from = to;
     }
-    for (int k = 0; k < 1000; ++k) {
-        std::array<double, 12> s;
+    for (int k = 0; k < 700; ++k) {
+        Sample s;
         for (double& v : s) v = wide(rng);
         if (k % 3 == 0) s[rng() % 12] = special[rng() % 12];
         samples.push_back(s);
@@ -108,69 +117,367 @@ std::vector<std::array<double, 12>> varied_session() {
     return samples;
 }
 
+double time_of(std::size_t r) { return static_cast<double>(r) * 0.01 + 1e9; }
+
+// An .npy file as NumPy writes it, of any version, type, byte order and layout.
+std::string npy_file(const std::vector<std::vector<double>>& rows, std::size_t cols, const std::string& descr,
+                     bool fortran, int version) {
+    std::string dict = "{'descr': '" + descr + "', 'fortran_order': " + (fortran ? "True" : "False") +
+                       ", 'shape': (" + std::to_string(rows.size()) + ", " + std::to_string(cols) + "), }";
+    const std::size_t len_field = version == 1 ? 2 : 4;
+    while ((8 + len_field + dict.size() + 1) % 64) dict += ' ';
+    dict += '\n';
+    std::string f = "\x93NUMPY";
+    f += static_cast<char>(version);
+    f += '\0';
+    for (std::size_t i = 0; i < len_field; ++i) f += static_cast<char>((dict.size() >> (8 * i)) & 0xFF);
+    f += dict;
+    const bool big = descr[0] == '>';
+    const bool f4 = descr[2] == '4';
+    auto put = [&](double v) {
+        unsigned char b[8];
+        if (f4) {
+            const float x = static_cast<float>(v);
+            std::memcpy(b, &x, 4);
+        } else {
+            std::memcpy(b, &v, 8);
+        }
+        const int n = f4 ? 4 : 8;
+        for (int i = 0; i < n; ++i) f += static_cast<char>(b[big ? n - 1 - i : i]);
+    };
+    if (fortran) {
+        for (std::size_t c = 0; c < cols; ++c)
+            for (const auto& r : rows) put(r[c]);
+    } else {
+        for (const auto& r : rows)
+            for (std::size_t c = 0; c < cols; ++c) put(r[c]);
+    }
+    return f;
+}
+
+// The values of an npy output: checks its header and returns its rows.
+std::vector<std::vector<double>> read_npy(const std::string& bytes, std::size_t cols) {
+    EXPECT_GE(bytes.size(), 128u);
+    if (bytes.size() < 128) return {};
+    const std::string header = bytes.substr(0, 128);
+    const std::size_t rows = (bytes.size() - 128) / (cols * 8);
+    EXPECT_NE(header.find("'descr': '<f8', 'fortran_order': False, 'shape': (" + std::to_string(rows) + ", " +
+                          std::to_string(cols) + ")"),
+              std::string::npos)
+        << header;
+    EXPECT_EQ((bytes.size() - 128) % (cols * 8), 0u);
+    std::vector<std::vector<double>> out(rows, std::vector<double>(cols));
+    for (std::size_t r = 0; r < rows; ++r) std::memcpy(out[r].data(), bytes.data() + 128 + r * cols * 8, cols * 8);
+    return out;
+}
+
+// The rows of a CSV output, values read back with the C library's reader, not the tool's.
+std::vector<std::vector<std::string>> read_csv(const std::string& text) {
+    std::vector<std::vector<std::string>> rows;
+    for (const std::string& line : split(text, '\n')) rows.push_back(split(line, ','));
+    return rows;
+}
+double number(const std::string& s) {
+    char* end = nullptr;
+    const double v = std::strtod(s.c_str(), &end);
+    EXPECT_EQ(*end, '\0') << s;
+    return v;
+}
+
 using ExportFn = double* (*)(double, double, double, double, double, double, double, double, double, double,
                              double, double);
 
-TEST(QuilRetarget, EveryModelGivesTheExportsTargetsBitForBitInCsvAndF64) {
+class Formats : public ::testing::Test {
+  protected:
+    static void SetUpTestSuite() {
+        samples_ = varied_session();
+        std::string csv = "t,x0,x1,x2,x3,x4,x5,x6,x7,x8,x9,x10,x11\n", f64;
+        std::vector<std::vector<double>> timed;
+        for (std::size_t r = 0; r < samples_.size(); ++r) {
+            csv += text(time_of(r));
+            for (double v : samples_[r]) csv += "," + text(v);
+            csv += "\n";
+            f64.append(reinterpret_cast<const char*>(samples_[r].data()), sizeof(Sample));
+            timed.push_back({time_of(r)});
+            timed.back().insert(timed.back().end(), samples_[r].begin(), samples_[r].end());
+        }
+        write_file("session.csv", csv);
+        write_file("session.f64", f64);
+        write_file("session.npy", npy_file(timed, 13, "<f8", false, 1));
+    }
+    static std::vector<Sample> samples_;
+};
+std::vector<Sample> Formats::samples_;
+
+// Every input format to every output format, for every hand, value for value and bit for bit.
+TEST_F(Formats, EveryPairGivesTheHandApiAndTheExportsBitForBit) {
     void* lib = dlopen(g_library.c_str(), RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(lib, nullptr) << dlerror();
     auto free_memory = reinterpret_cast<void (*)(double*)>(dlsym(lib, "FreeMemory"));
     ASSERT_NE(free_memory, nullptr);
+    const std::size_t n = samples_.size();
+    const char* formats[] = {"csv", "f64", "npy"};
 
-    const auto samples = varied_session();
-    std::string csv = "t,x0,x1,x2,x3,x4,x5,x6,x7,x8,x9,x10,x11\n";
-    std::string f64;
-    for (std::size_t r = 0; r < samples.size(); ++r) {
-        csv += "r" + std::to_string(r);
-        for (double v : samples[r]) csv += "," + text(v);
-        csv += "\n";
-        f64.append(reinterpret_cast<const char*>(samples[r].data()), sizeof(double) * 12);
-    }
-    write_file("session.csv", csv);
-    write_file("session.f64", f64);
-
-    for (std::size_t h = 0; h < quil_hand_count(); ++h) {
-        const quil_hand_info& m = *quil_hand_at(h);
-        SCOPED_TRACE(m.name);
-        auto fn = reinterpret_cast<ExportFn>(dlsym(lib, (std::string(m.name) + "_GetDataValue").c_str()));
+    for (const quil_linear::HandInfo& hand : quil_linear::hands()) {
+        SCOPED_TRACE(std::string(hand.name));
+        const std::string name(hand.name);
+        std::vector<double> expected(n * 24), api(n * 24);
+        auto fn = reinterpret_cast<ExportFn>(dlsym(lib, (name + "_GetDataValue").c_str()));
         ASSERT_NE(fn, nullptr);
-        std::vector<double> expected;
-        for (const auto& s : samples) {
+        for (std::size_t r = 0; r < n; ++r) {
+            const Sample& s = samples_[r];
             double* p = fn(s[0], s[1], s[2], s[3], s[4], s[5], s[6], s[7], s[8], s[9], s[10], s[11]);
-            expected.insert(expected.end(), p, p + 24);
-            if (!m.persistent_buffer) free_memory(p);
+            std::memcpy(&expected[r * 24], p, 24 * sizeof(double));
+            if (!hand.persistent_buffer) free_memory(p);
         }
+        quil_linear::Hand(name).map(samples_[0].data(), n, api.data());
+        ASSERT_EQ(std::memcmp(api.data(), expected.data(), api.size() * sizeof(double)), 0) << "hand API vs export";
 
-        const Result c = run(std::string("map --model ") + m.name + " session.csv -o out.csv");
-        ASSERT_EQ(c.status, 0) << c.err;
-        EXPECT_EQ(c.err, "");
-        const std::vector<std::string> lines = split(read_file(path("out.csv")), '\n');
-        ASSERT_EQ(lines.size(), samples.size() + 1);
-        EXPECT_EQ(lines[0].substr(0, 7), "t,out0,");
-        int mismatches = 0;
-        for (std::size_t r = 0; r < samples.size(); ++r) {
-            const std::vector<std::string> f = split(lines[r + 1], ',');
-            ASSERT_EQ(f.size(), 25u) << lines[r + 1];
-            ASSERT_EQ(f[0], "r" + std::to_string(r));
-            for (int i = 0; i < 24; ++i) {
-                char* end = nullptr;
-                const double got = std::strtod(f[i + 1].c_str(), &end);  // glibc's reader, not ours
-                EXPECT_EQ(*end, '\0') << f[i + 1];
-                if (bits(got) != bits(expected[r * 24 + i]) && ++mismatches <= 5)
-                    ADD_FAILURE() << "row " << r << " out" << i << ": tool " << f[i + 1] << ", export "
-                                  << text(expected[r * 24 + i]);
+        for (const char* from : formats) {
+            for (const char* to : formats) {
+                SCOPED_TRACE(std::string(from) + " -> " + to);
+                const bool timed = std::string(from) != "f64";
+                const Result r = run("map -m " + name + " session." + from + " -o out." + to);
+                ASSERT_EQ(r.status, 0) << r.err;
+                std::vector<std::vector<double>> rows;  // time (when carried), then 24 targets
+                std::vector<std::string> times;
+                if (std::string(to) == "csv") {
+                    const auto lines = read_csv(read_file("out.csv"));
+                    ASSERT_EQ(lines.size(), n + 1);
+                    EXPECT_EQ(lines[0][0], !timed ? "out0" : std::string(from) == "csv" ? "t" : "time");
+                    for (std::size_t i = 1; i <= n; ++i) {
+                        rows.emplace_back();
+                        for (const std::string& f : lines[i]) rows.back().push_back(number(f));
+                        times.push_back(lines[i][0]);
+                    }
+                } else if (std::string(to) == "npy") {
+                    rows = read_npy(read_file("out.npy"), timed ? 25 : 24);
+                } else {
+                    const std::string b = read_file("out.f64");
+                    ASSERT_EQ(b.size(), n * 24 * sizeof(double));
+                    for (std::size_t i = 0; i < n; ++i) {
+                        rows.emplace_back(24);
+                        std::memcpy(rows.back().data(), b.data() + i * 192, 192);
+                    }
+                }
+                ASSERT_EQ(rows.size(), n);
+                const std::size_t first = timed && std::string(to) != "f64" ? 1 : 0;
+                int mismatches = 0;
+                for (std::size_t i = 0; i < n; ++i) {
+                    ASSERT_EQ(rows[i].size(), 24 + first);
+                    if (first) {
+                        EXPECT_EQ(bits(rows[i][0]), bits(time_of(i))) << "time of row " << i;
+                        if (std::string(from) == "csv" && std::string(to) == "csv") {
+                            EXPECT_EQ(times[i], text(time_of(i)));
+                        }
+                    }
+                    for (int k = 0; k < 24; ++k)
+                        if (bits(rows[i][first + k]) != bits(expected[i * 24 + k]) && ++mismatches <= 3)
+                            ADD_FAILURE() << "row " << i << " slot " << k << ": " << text(rows[i][first + k])
+                                          << ", expected " << text(expected[i * 24 + k]);
+                }
+                EXPECT_EQ(mismatches, 0);
             }
         }
-        EXPECT_EQ(mismatches, 0);
-
-        const Result b = run(std::string("map --format f64 -m ") + m.name, "session.f64");
-        ASSERT_EQ(b.status, 0) << b.err;
-        ASSERT_EQ(b.out.size(), expected.size() * sizeof(double));
-        EXPECT_EQ(std::memcmp(b.out.data(), expected.data(), b.out.size()), 0);
     }
 }
 
-TEST(QuilRetarget, ReadsEveryCsvDialectTheSameWay) {
+// NumPy inputs of every version, type, byte order and layout give the same targets, and a
+// header or data problem stops the run before any output, naming the problem.
+TEST_F(Formats, NpyVariantsReadAlikeAndBadOnesAreRefused) {
+    const std::string hand = "RUIYAN_RY_H15";
+    std::vector<std::vector<double>> rows12, rows13;
+    for (std::size_t r = 0; r < 300; ++r) {
+        rows12.emplace_back(samples_[r].begin(), samples_[r].end());
+        rows13.push_back({time_of(r)});
+        rows13.back().insert(rows13.back().end(), samples_[r].begin(), samples_[r].end());
+    }
+    for (const char* descr : {"<f8", ">f8", "<f4", ">f4"}) {
+        // float32 readings are the float32-rounded samples, widened exactly.
+        std::vector<double> flat;
+        for (const auto& row : rows12)
+            for (double v : row) flat.push_back(descr[2] == '4' ? static_cast<double>(static_cast<float>(v)) : v);
+        std::vector<double> expected(300 * 24);
+        quil_linear::Hand(hand).map(flat.data(), 300, expected.data());
+        for (int version : {1, 2, 3}) {
+            for (bool fortran : {false, true}) {
+                for (std::size_t cols : {12, 13}) {
+                    SCOPED_TRACE(std::string(descr) + " v" + std::to_string(version) + (fortran ? " F" : " C") +
+                                 " cols " + std::to_string(cols));
+                    write_file("in.npy", npy_file(cols == 12 ? rows12 : rows13, cols, descr, fortran, version));
+                    // From the file, and from a pipe (a Fortran array is then held whole).
+                    for (const bool piped : {false, true}) {
+                        const Result r = piped ? run_piped("map -m " + hand + " --from npy -o out.npy", "in.npy")
+                                               : run("map -m " + hand + " in.npy -o out.npy");
+                        ASSERT_EQ(r.status, 0) << r.err;
+                        const auto out = read_npy(read_file("out.npy"), cols == 13 ? 25 : 24);
+                        ASSERT_EQ(out.size(), 300u);
+                        for (std::size_t i = 0; i < 300; ++i) {
+                            if (cols == 13) {
+                                const double t = descr[2] == '4' ? static_cast<float>(time_of(i)) : time_of(i);
+                                ASSERT_EQ(bits(out[i][0]), bits(t));
+                            }
+                            ASSERT_EQ(std::memcmp(&out[i][cols - 12], &expected[i * 24], 192), 0) << "row " << i;
+                        }
+                    }
+                }
+            }
+        }
+    }
+
+    const std::string good = npy_file(rows12, 12, "<f8", false, 1);
+    std::string v4 = good, long_len = good;
+    v4[6] = 4;
+    long_len[8] = '\xff';
+    long_len[9] = '\x7f';
+    struct Case {
+        const char* name;
+        std::string bytes;
+        const char* message;
+    } cases[] = {
+        {"not npy", "x0,x1\n", "in.npy: npy header: not a NumPy file"},
+        {"version 4", v4, "in.npy: npy header: format version 4.0 is not one of 1.0, 2.0, 3.0"},
+        {"integers", npy_file(rows12, 12, "<i8", false, 1), "dtype '<i8' is not float64 or float32"},
+        {"eleven columns", npy_file(rows12, 11, "<f8", false, 1), "shape (300, 11): expected (N, 12)"},
+        {"header past the end", long_len, "the file ends inside the header"},
+        {"short data", good.substr(0, good.size() - 100), "short data: the header's shape (300, 12) needs 28800 bytes"},
+        {"extra data", good + std::string(96, '\0'), "96 bytes follow the data that the header's shape (300, 12) announces"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        write_file("in.npy", c.bytes);
+        std::remove(path("out.csv").c_str());
+        const Result r = run("map -m " + hand + " in.npy -o out.csv");
+        EXPECT_EQ(r.status, 1) << r.err;
+        EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
+        EXPECT_FALSE(exists("out.csv")) << "no output for a refused input";
+    }
+    // From a pipe the shortness shows only at the end: the rows before it are written.
+    write_file("in.npy", good.substr(0, good.size() - 100));
+    const Result piped = run_piped("map -m " + hand + " --from npy", "in.npy");
+    EXPECT_EQ(piped.status, 1);
+    EXPECT_NE(piped.err.find("<stdin>: byte offset 28828: short data: the file ends inside row 298 of the 300"),
+              std::string::npos)
+        << piped.err;
+    EXPECT_EQ(split(piped.out, '\n').size(), 299u);
+}
+
+// A session cut into three files converts as one through --state-out and --state-in, for every
+// hand that keeps state, under both dropout policies; states that do not fit stop the run.
+TEST_F(Formats, SplitSessionsConvertAsOneAndForeignStatesAreRefused) {
+    std::vector<std::string> lines = split(read_file("session.csv"), '\n');
+    const std::string heading = lines[0] + "\n";
+    const std::size_t cut1 = 777, cut2 = 1555;
+    std::string parts[3] = {heading, heading, heading};
+    for (std::size_t i = 1; i < lines.size(); ++i) parts[i <= cut1 ? 0 : i <= cut2 ? 1 : 2] += lines[i] + "\n";
+    for (int p = 0; p < 3; ++p) write_file("part" + std::to_string(p) + ".csv", parts[p]);
+
+    for (const quil_linear::HandInfo& hand : quil_linear::hands()) {
+        if (!hand.keeps_state) continue;
+        const std::string name(hand.name);
+        for (const char* dropout : {"pass", "hold"}) {
+            SCOPED_TRACE(name + " " + dropout);
+            const Result whole = run("map -m " + name + " --dropout " + dropout + " session.csv -o whole.csv");
+            ASSERT_EQ(whole.status, 0) << whole.err;
+            std::string joined;
+            for (int p = 0; p < 3; ++p) {
+                std::string args = "map -m " + name + " part" + std::to_string(p) + ".csv -o out.csv";
+                if (p == 0) args += std::string(" --dropout ") + dropout;  // later parts take it from the state
+                if (p > 0) args += " --state-in s" + std::to_string(p - 1);
+                args += " --state-out s" + std::to_string(p);
+                const Result r = run(args);
+                ASSERT_EQ(r.status, 0) << r.err;
+                const std::string out = read_file("out.csv");
+                joined += p == 0 ? out : out.substr(out.find('\n') + 1);
+            }
+            EXPECT_TRUE(joined == read_file("whole.csv"));
+        }
+    }
+
+    // Another hand's state, a damaged one and a cut one: exit 4, before any output.
+    run("map -m CHOHO_Hand part0.csv -o /dev/null --state-out choho.state");
+    std::string damaged = read_file("s0");
+    damaged[50] ^= 1;
+    write_file("damaged.state", damaged);
+    write_file("cut.state", read_file("s0").substr(0, 40));
+    struct Case {
+        const char* state;
+        const char* message;
+    } cases[] = {
+        {"choho.state", "it is a state of CHOHO_Hand, this run is for RUIYAN_RY_H15"},
+        {"damaged.state", "cannot continue from the state in 'damaged.state'"},
+        {"cut.state", "cannot continue from the state in 'cut.state'"},
+        {"session.csv", "cannot continue from the state in 'session.csv'"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.state);
+        std::remove(path("out.csv").c_str());
+        const Result r = run(std::string("map -m RUIYAN_RY_H15 part1.csv -o out.csv --state-in ") + c.state);
+        EXPECT_EQ(r.status, 4);
+        EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
+        EXPECT_FALSE(exists("out.csv"));
+    }
+}
+
+// Each kind of malformed CSV: its exit status, its place, the rows written before it (none when
+// the first row is at fault: then no output file at all), and the input left alone.
+TEST(Csv, MalformedInputStopsAtItsPlace) {
+    const std::string good = "0.00,1,2,3,4,5,6,7,8,9,10,11,12\n";
+    const std::string row12 = "1,2,3,4,5,6,7,8,9,10,11,12";
+    struct Case {
+        const char* name;
+        std::string input;
+        int status;
+        const char* message;
+        int rows;  // rows written before the stop; -1: no output file
+    } cases[] = {
+        {"decimal commas, one row", "0,5;1,5;2;3;4;5;6;7;8;9;10;11\n", 1,
+         "bad.csv:1:1: field 1 (x0): malformed number \"0,5\" (decimal commas: write numbers with a decimal point", -1},
+        {"decimal commas under a heading", "a;b;c;d;e;f;g;h;i;j;k;l\n1;2;3;4;5;6;7;8;9;10;11,5;12\n", 1,
+         "bad.csv:2:22: field 11 (x10): malformed number \"11,5\" (decimal commas", -1},
+        {"decimal commas split by commas", "0,5,1,5,2,5,3,5,4,5,5,5,6,5,7,5,8,5,9,5,10,5,11,5\n", 1,
+         "bad.csv:1:1: expected 12 fields (x0..x11) or 13 (time, x0..x11), found 24 (numbers with decimal commas", -1},
+        {"short row", good + "0.01,1,2,3,4,5,6,7,8,9,10,11\n", 1,
+         "bad.csv:2:29: short row: expected 13 fields (time, x0..x11), found 12", 1},
+        {"long row", good + good + "0.02,1,2,3,4,5,6,7,8,9,10,11,12,13\n", 1,
+         "bad.csv:3:33: long row: expected 13 fields (time, x0..x11), found 14", 2},
+        {"letter in a number", good + "0.01,1,2,3,4,5,6,7,8,9,1O,11,12\n", 1,
+         "bad.csv:2:24: field 11 (x9): malformed number \"1O\"", 1},
+        {"empty field", good + "0.01,1,2,3,4,5,6,7,8,9,10,,12\n", 1, "bad.csv:2:27: field 12 (x10): empty field", 1},
+        {"line too long", good + "0.01," + std::string(2 << 20, '1') + "\n", 1, "bad.csv:2:1: line longer than", 1},
+        {"heading of the wrong width", "t,x0,x1\n" + good, 1, "bad.csv:1:1: the heading line has 3 fields", -1},
+        {"heading of numbered columns", "time,0,1,2,3,4,5,6,7,8,9,10,11\n" + good, 1,
+         "bad.csv:1:1: field 1 (time): \"time\" is not a time (it holds no digit); a heading line must hold names only", -1},
+        {"trailing separator lost", row12 + ",\n" + row12 + ",\n" + row12 + "\n", 1,
+         "bad.csv:3:27: the line does not end with a separator, as line 1 does", 2},
+        {"trailing separator appears", row12 + "\n" + row12 + ",\n", 1,
+         "bad.csv:2:28: long row: expected 12 fields (x0..x11), found 13 (a separator ends this line but not line 1)", 1},
+        {"unclosed quote", good + "\"0.01,1,2,3,4,5,6,7,8,9,10,11,12\n", 1,
+         "bad.csv:2:1: a quoted field is not closed on its line", 1},
+        {"text after a quote", good + "\"0.01\"s,1,2,3,4,5,6,7,8,9,10,11,12\n", 1,
+         "bad.csv:2:7: text after the closing quote of a field", 1},
+        {"npy given as csv", std::string("\x93NUMPY\x01\x00v\x00{", 11), 1,
+         "bad.csv:1:1: this is a NumPy file, not CSV (read it with --from npy)", -1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        write_file("bad.csv", c.input);
+        std::remove(path("out.csv").c_str());
+        const Result r = run("map -m QUIL_linear_AA bad.csv -o out.csv");
+        EXPECT_EQ(r.status, c.status) << r.err;
+        EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
+        if (c.rows < 0) {
+            EXPECT_FALSE(exists("out.csv"));
+        } else {
+            EXPECT_EQ(split(read_file("out.csv"), '\n').size(), static_cast<std::size_t>(c.rows) + 1);
+        }
+        EXPECT_EQ(read_file("bad.csv"), c.input);
+    }
+}
+
+// What differs between CSV writers reads the same: separators, line ends, headings, quotes, a
+// separator ending every line, byte-order marks, comments. Names are written back quoted.
+TEST(Csv, EveryDialectReadsTheSameWay) {
     const std::string plain = "0.5,1,2,3,4,5,6,7,8,9,10,11\n-1,2,30,45,60,75,90,105,120,-20,0,12\n";
     write_file("plain.csv", plain);
     const Result reference = run("map -m QUIL_linear_AA plain.csv");
@@ -186,6 +493,12 @@ TEST(QuilRetarget, ReadsEveryCsvDialectTheSameWay) {
         {"heading, blanks, comments, no final line end",
          "a,b,c,d,e,f,g,h,i,j,k,l\n\n# open hand\n 0.5 , +1,2e0,3,4,5,6,7,8,9,10,11\n-1,2,30,45,60,75,90,105,120,-20,0,12"},
         {"byte-order mark", "\xEF\xBB\xBF" + plain},
+        {"quoted numbers", "\"0.5\",\"1\",2,3,4,5,6,7,8,9,10,11\n-1,2,30,45,60,75,90,105,120,-20,0,\"12\"\n"},
+        {"a separator ending every line", "0.5;1;2;3;4;5;6;7;8;9;10;11;\n-1;2;30;45;60;75;90;105;120;-20;0;12;\n"},
+        {"heading and rows ending in a separator",
+         "a,b,c,d,e,f,g,h,i,j,k,l,\n0.5,1,2,3,4,5,6,7,8,9,10,11,\n-1,2,30,45,60,75,90,105,120,-20,0,12,\n"},
+        {"a heading that names nan-like words", "nano,info,c,d,e,f,g,h,i,j,k,l\n" + plain},
+        {"columns lined up with spaces", "# x0 .. x11\n  0.5 1  2 3 4 5 6 7 8 9 10 11\n-1 2 30 45 60 75 90 105 120 -20 0 12  \n"},
     };
     for (const Dialect& d : dialects) {
         SCOPED_TRACE(d.name);
@@ -195,66 +508,27 @@ TEST(QuilRetarget, ReadsEveryCsvDialectTheSameWay) {
         EXPECT_EQ(r.out.substr(r.out.find('\n') + 1), targets);
     }
 
-    // A time column is copied as it stands, whatever it holds, with its heading.
-    write_file("timed.csv", "when;x0;x1;x2;x3;x4;x5;x6;x7;x8;x9;x10;x11\n"
-                            "0.010;0.5;1;2;3;4;5;6;7;8;9;10;11\n"
-                            "2024-05-01T10:00:00.020Z;-1;2;30;45;60;75;90;105;120;-20;0;12\n");
+    // A time column is copied as it stands (quoted again where it needs), with its heading.
+    write_file("timed.csv", "\"when, UTC\";x0;x1;x2;x3;x4;x5;x6;x7;x8;x9;x10;x11;\n"
+                            "0.010;0.5;1;2;3;4;5;6;7;8;9;10;11;\n"
+                            "\"2024-05-01 10:00:00,020\";-1;2;30;45;60;75;90;105;120;-20;0;12;\n");
     const Result timed = run("map -m QUIL_linear_AA", "timed.csv");
     ASSERT_EQ(timed.status, 0) << timed.err;
     const std::vector<std::string> rows = split(timed.out, '\n');
     ASSERT_EQ(rows.size(), 3u);
-    EXPECT_EQ(rows[0].substr(0, 10), "when,out0,");
+    EXPECT_EQ(rows[0].substr(0, 17), "\"when, UTC\",out0,");
     const std::vector<std::string> expected = split(targets, '\n');
     EXPECT_EQ(rows[1], "0.010," + expected[0]);
-    EXPECT_EQ(rows[2], "2024-05-01T10:00:00.020Z," + expected[1]);
+    EXPECT_EQ(rows[2], "\"2024-05-01 10:00:00,020\"," + expected[1]);
+    // ... but an output that holds times as numbers needs numbers there.
+    const Result npy = run("map -m QUIL_linear_AA --from csv -o timed.npy", "timed.csv");
+    EXPECT_EQ(npy.status, 1);
+    EXPECT_NE(npy.err.find("<stdin>:3:1: field 1 (time): \"2024-05-01 10:00:00,020\" is not a number"), std::string::npos)
+        << npy.err;
+    EXPECT_EQ(read_npy(read_file("timed.npy"), 25).size(), 1u);  // the header tells the rows written
 }
 
-TEST(QuilRetarget, BadInputStopsWithPlaceAfterWritingTheRowsBefore) {
-    const std::string good = "0.00,1,2,3,4,5,6,7,8,9,10,11,12\n";
-    std::string too_long = good + "0.01," + std::string(2 << 20, '1') + "\n";
-    struct Case {
-        const char* name;
-        std::string input;      // written to bad.<format>
-        const char* args;       // after "map -m QUIL_linear_AA"
-        int status;
-        const char* message;    // expected in standard error
-        std::size_t rows;       // rows written before the stop
-    } cases[] = {
-        {"short row", good + "0.01,1,2,3,4,5,6,7,8,9,10,11\n", "bad.csv", 1,
-         "bad.csv:2:29: short row: expected 13 fields (time, x0..x11), found 12", 1},
-        {"long row", good + good + "0.02,1,2,3,4,5,6,7,8,9,10,11,12,13\n", "bad.csv", 1,
-         "bad.csv:3:33: long row: expected 13 fields (time, x0..x11), found 14", 2},
-        {"letter in a number", good + "0.01,1,2,3,4,5,6,7,8,9,1O,11,12\n", "bad.csv", 1,
-         "bad.csv:2:24: field 11 (x9): malformed number \"1O\"", 1},
-        {"empty field", good + "0.01,1,2,3,4,5,6,7,8,9,10,,12\n", "bad.csv", 1,
-         "bad.csv:2:27: field 12 (x10): empty field", 1},
-        {"line too long", too_long, "bad.csv", 1, "bad.csv:2:1: line longer than", 1},
-        {"heading of the wrong width", "t,x0,x1\n" + good, "bad.csv", 1, "bad.csv:1:1: the heading line has 3 fields", 0},
-        {"truncated binary record", std::string(96 * 2 + 40, '\0'), "--format f64 bad.csv", 1,
-         "bad.csv: byte offset 192: truncated record: 40 of 96 bytes", 2},
-        {"missing file", "", "no-such-file.csv", 3, "cannot open 'no-such-file.csv': No such file or directory", 0},
-        {"unknown format", "", "--format f32 bad.csv", 2, "unknown format 'f32'", 0},
-        {"output over the input", good, "bad.csv -o bad.csv", 2, "refusing to write 'bad.csv': it is the input", 0},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        write_file("bad.csv", c.input);
-        std::remove(path("out").c_str());
-        const Result r = run(std::string("map -m QUIL_linear_AA -o out ") + c.args);
-        EXPECT_EQ(r.status, c.status) << r.err;
-        EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
-        const std::string out = read_file(path("out"));
-        const bool binary = std::string(c.args).find("f64") != std::string::npos;
-        if (binary) {
-            EXPECT_EQ(out.size(), c.rows * 24 * sizeof(double));
-        } else if (c.status == 1) {
-            EXPECT_EQ(split(out, '\n').size(), c.rows + 1) << out;  // heading + rows
-        }
-        EXPECT_EQ(read_file(path("bad.csv")), c.input);  // the input is never touched
-    }
-}
-
-TEST(QuilRetarget, SkipBadSkipsCountsAndListsTheRows) {
+TEST(Csv, SkipBadListsTheRowsAndExitsFive) {
     std::string input = "t,a,b,c,d,e,f,g,h,i,j,k,l\n";
     for (int r = 0; r < 30; ++r) {
         std::string row = std::to_string(r) + ",1,2,3,4,5,6,7,8,9,10,11,12";
@@ -263,129 +537,172 @@ TEST(QuilRetarget, SkipBadSkipsCountsAndListsTheRows) {
         input += row + "\n";
     }
     write_file("skip.csv", input);
-    const Result r = run("map -m QUIL_linear_AA --skip-bad", "skip.csv");
-    EXPECT_EQ(r.status, 0);
+    const Result r = run("map -m QUIL_linear_AA --skip-bad --meta skip.json", "skip.csv");
+    EXPECT_EQ(r.status, 5);
     EXPECT_NE(r.err.find("skipped 4 bad rows of <stdin>, at lines 5, 10, 15, 25"), std::string::npos) << r.err;
     const std::vector<std::string> rows = split(r.out, '\n');
     ASSERT_EQ(rows.size(), 27u);
-    std::vector<std::string> kept;  // the others, in their order
-    for (std::size_t i = 1; i < rows.size(); ++i) kept.push_back(rows[i].substr(0, rows[i].find(',')));
-    EXPECT_EQ(kept.front(), "0");
-    EXPECT_EQ(kept[3], "4");
-    EXPECT_EQ(kept.back(), "29");
+    const auto meta = nlohmann::json::parse(read_file("skip.json"));
+    EXPECT_EQ(meta["input"]["rows"], 30);
+    EXPECT_EQ(meta["output"]["rows_written"], 26);
+    EXPECT_EQ(meta["rows_skipped"]["count"], 4);
+    EXPECT_EQ(meta["rows_skipped"]["places"][1]["line"], 10);
+    EXPECT_NE(meta["rows_skipped"]["places"][0]["error"].get<std::string>().find("malformed number \"x\""), std::string::npos);
+    EXPECT_EQ(meta["exit_status"], 5);
+
+    // Skipping rows cannot mend a file written with decimal commas: it still stops at once.
+    write_file("commas.csv", "1;2;3;4;5;6;7;8;9;10;11;12\n1;2;3;4;5;6;7;8;9;10;11,5;12\n");
+    const Result commas = run("map -m QUIL_linear_AA --skip-bad commas.csv");
+    EXPECT_EQ(commas.status, 1);
+    EXPECT_NE(commas.err.find("commas.csv:2:22: field 11 (x10): malformed number \"11,5\" (decimal commas"),
+              std::string::npos)
+        << commas.err;
 
     write_file("short.f64", std::string(96 + 8, '\0'));
     const Result b = run("map -m QUIL_linear_AA --format f64 --skip-bad", "short.f64");
-    EXPECT_EQ(b.status, 0);
+    EXPECT_EQ(b.status, 5);
     EXPECT_EQ(b.out.size(), 192u);
     EXPECT_NE(b.err.find("skipped 1 bad row of <stdin>, at byte offset 96"), std::string::npos) << b.err;
 }
 
-TEST(QuilRetarget, EmptyInputGivesOnlyTheHeading) {
+TEST(Outputs, EmptyInputsGiveEmptyOutputsOfTheirShape) {
     write_file("empty", "");
     const Result csv = run("map -m QUIL_linear_AA", "empty");
     EXPECT_EQ(csv.status, 0);
     EXPECT_EQ(csv.out.rfind("out0,out1,", 0), 0u);
-    EXPECT_EQ(std::count(csv.out.begin(), csv.out.end(), '\n'), 1);
     write_file("heading-only", "time,x0,x1,x2,x3,x4,x5,x6,x7,x8,x9,x10,x11\n");
     EXPECT_EQ(run("map -m QUIL_linear_AA", "heading-only").out.rfind("time,out0,", 0), 0u);
-    const Result f64 = run("map -m QUIL_linear_AA --format f64", "empty");
-    EXPECT_EQ(f64.status, 0);
-    EXPECT_EQ(f64.out, "");
+    EXPECT_EQ(run("map -m QUIL_linear_AA --format f64", "empty").out, "");
+    EXPECT_EQ(run("map -m QUIL_linear_AA --from f64 -o e.npy", "empty").status, 0);
+    EXPECT_TRUE(read_npy(read_file("e.npy"), 24).empty());
+    // Truncated f64: the whole records are written, the place of the rest is named.
+    write_file("cut.f64", std::string(96 * 2 + 40, '\0'));
+    const Result cut = run("map -m QUIL_linear_AA cut.f64 -o cut.npy");
+    EXPECT_EQ(cut.status, 1);
+    EXPECT_NE(cut.err.find("cut.f64: byte offset 192: truncated record: 40 of 96 bytes"), std::string::npos);
+    EXPECT_EQ(read_npy(read_file("cut.npy"), 24).size(), 2u);
 }
 
-TEST(QuilRetarget, CommandLineNamesModelsAndRefusesMistakes) {
-    const Result list = run("list");
-    EXPECT_EQ(list.status, 0);
-    for (std::size_t h = 0; h < quil_hand_count(); ++h) {
-        const quil_hand_info& m = *quil_hand_at(h);
-        std::string line;
-        for (const std::string& l : split(list.out, '\n'))
-            if (l.rfind(std::string(m.name) + " ", 0) == 0) line = l;
-        ASSERT_FALSE(line.empty()) << m.name;
-        EXPECT_NE(line.find(m.version), std::string::npos) << line;
-        EXPECT_NE(line.find(m.persistent_buffer ? "persistent" : "per-call"), std::string::npos) << line;
-        EXPECT_NE(line.find(m.keeps_state ? "keeps state" : "stateless"), std::string::npos) << line;
+// The record of a run names the hand, the versions, every slot's role and what became of the rows.
+TEST(Records, MetaAndDescribeTellTheHandAndTheRun) {
+    write_file("m.csv", "time_s,x0,x1,x2,x3,x4,x5,x6,x7,x8,x9,x10,x11\n0,1,2,3,4,5,6,7,8,9,10,11,12\n"
+                        "0.01,1,2,3,4,5,6,7,8,9,10,11,12\n");
+    const Result r = run("map -m ruiyan_ry_h15 m.csv -o m.f64 --dropout hold --meta m.json");
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_NE(r.err.find("note: f64 output holds the 24 targets only; the time column 'time_s' is not written"),
+              std::string::npos);
+    const quil_linear::HandInfo hand(*quil_hand_find("RUIYAN_RY_H15"));
+    const auto meta = nlohmann::json::parse(read_file("m.json"));
+    EXPECT_EQ(meta["hand"]["name"], std::string(hand.name));
+    EXPECT_EQ(meta["hand"]["version"], std::string(hand.version));
+    EXPECT_EQ(meta["library_version"], quil_linear_version());
+    ASSERT_EQ(meta["slot_roles"].size(), 24u);
+    for (int i = 0; i < 24; ++i) EXPECT_EQ(meta["slot_roles"][i], std::string(hand.slot_roles[i]));
+    EXPECT_EQ(meta["input"]["path"], "m.csv");
+    EXPECT_EQ(meta["input"]["format"], "csv");
+    EXPECT_EQ(meta["input"]["rows"], 2);
+    EXPECT_EQ(meta["output"]["format"], "f64");
+    EXPECT_EQ(meta["output"]["rows_written"], 2);
+    EXPECT_EQ(meta["output"]["time_column_written"], false);
+    EXPECT_EQ(meta["output"]["columns"].size(), 24u);
+    EXPECT_EQ(meta["output"]["columns"][0], "out0");
+    EXPECT_EQ(meta["rows_skipped"]["count"], 0);
+    EXPECT_EQ(meta["dropout"], "hold");
+    EXPECT_EQ(meta["time_column"], "time_s");
+    EXPECT_EQ(meta["complete"], true);
+
+    // --header roles: the roles in the heading, a repeated role with its slot number.
+    const Result roles = run("map -m RUIYAN_RY_H15 m.csv --header roles");
+    ASSERT_EQ(roles.status, 0) << roles.err;
+    const std::vector<std::string> heading = split(roles.out.substr(0, roles.out.find('\n')), ',');
+    ASSERT_EQ(heading.size(), 25u);
+    for (int i = 0; i < 24; ++i) {
+        const std::string role(hand.slot_roles[i]);
+        EXPECT_TRUE(heading[i + 1] == role || heading[i + 1] == role + "_" + std::to_string(i)) << heading[i + 1];
     }
 
-    const Result unknown = run("map --model robotera_xhand");
-    EXPECT_EQ(unknown.status, 2);
-    EXPECT_NE(unknown.err.find("unknown model 'robotera_xhand'; closest: ROBOTERA_XHAND1"), std::string::npos)
-        << unknown.err;
-    EXPECT_EQ(run("map").status, 2);
-    EXPECT_EQ(run("map -m QUIL_linear_AA --frobnicate").status, 2);
-    EXPECT_EQ(run("map -m QUIL_linear_AA a.csv b.csv").status, 2);
-    EXPECT_EQ(run("").status, 2);
-    const Result help = run("--help");
-    EXPECT_EQ(help.status, 0);
-    EXPECT_NE(help.out.find("quil-retarget map --model NAME"), std::string::npos);
+    for (const quil_linear::HandInfo& h : quil_linear::hands()) {
+        SCOPED_TRACE(std::string(h.name));
+        const Result text = run("describe " + std::string(h.name));
+        ASSERT_EQ(text.status, 0);
+        EXPECT_NE(text.out.find(std::string(h.version)), std::string::npos);
+        EXPECT_NE(text.out.find(h.keeps_state ? "keeps state" : "stateless"), std::string::npos);
+        EXPECT_NE(text.out.find("    23  " + std::string(h.slot_roles[23]) + "\n"), std::string::npos);
+        const Result json = run("describe --json " + std::string(h.name));
+        ASSERT_EQ(json.status, 0);
+        const auto d = nlohmann::json::parse(json.out);
+        EXPECT_EQ(d["name"], std::string(h.name));
+        EXPECT_EQ(d["buffer"], h.persistent_buffer ? "persistent" : "per-call");
+        EXPECT_EQ(d["keeps_state"], h.keeps_state);
+        ASSERT_EQ(d["slots"].size(), 24u);
+        for (int i = 0; i < 24; ++i) EXPECT_EQ(d["slots"][i]["role"], std::string(h.slot_roles[i]));
+    }
 }
 
-TEST(QuilRetarget, PlotIsABoundedSvgOfBothPanels) {
+TEST(CommandLine, RefusesBeforeAnyWork) {
+    const Result list = run("list");
+    EXPECT_EQ(list.status, 0);
+    EXPECT_EQ(split(list.out, '\n').size(), quil_hand_count() + 1);
+    write_file("s.csv", "1,2,3,4,5,6,7,8,9,10,11,12\n");
+    struct Case {
+        const char* args;
+        int status;
+        const char* message;
+        const char* env;
+    } cases[] = {
+        {"map --model robotera_xhand s.csv", 2, "unknown hand 'robotera_xhand'; closest: ROBOTERA_XHAND1", ""},
+        {"describe nope", 2, "unknown hand 'nope'", ""},
+        {"map s.csv", 2, "--model is required", ""},
+        {"map -m QUIL_linear_AA --frobnicate s.csv", 2, "frobnicate", ""},
+        {"map -m QUIL_linear_AA --format csv --to npy s.csv", 2, "excludes", ""},
+        {"map -m QUIL_linear_AA --to f32 s.csv", 2, "f32", ""},
+        {"map -m QUIL_linear_AA s.csv -o x.out --plot p.pdf", 2, "cannot draw 'p.pdf'", ""},
+        {"map -m QUIL_linear_AA s.csv -o x.out --plot p.png", 2, "a .png plot needs rsvg-convert", "PATH=/nonexistent"},
+        {"map -m QUIL_linear_AA s.csv -o s.csv", 2, "refusing to write 's.csv': it is the input", ""},
+        {"map -m QUIL_linear_AA s.csv --to npy -o /dev/null", 2, "cannot write npy to '/dev/null'", ""},
+        {"map -m QUIL_linear_AA --from f64 --to npy -o /dev/null", 2, "cannot write npy to '/dev/null': its header states the row count", ""},
+        {"map -m QUIL_linear_AA s.csv -o x.out --state-in nothing", 3, "cannot open 'nothing'", ""},
+        {"map -m QUIL_linear_AA nothing.csv -o x.out", 3, "cannot open 'nothing.csv'", ""},
+        {"", 2, "Usage", ""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.args);
+        std::remove(path("x.out").c_str());
+        const Result r = run(c.args, "", c.env);
+        EXPECT_EQ(r.status, c.status) << r.err;
+        EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
+        EXPECT_FALSE(exists("x.out"));
+    }
+    const Result help = run("map --help");
+    EXPECT_EQ(help.status, 0);
+    for (const char* part : {"--from", "--state-in", "f64 output cannot hold it", "Exit status", "5  converted"})
+        EXPECT_NE(help.out.find(part), std::string::npos) << part;
+}
+
+TEST(Plot, DrawsReadingsAndOnePanelPerFingerGroup) {
     std::string input = "time_s,thumb,b,c,d,e,f,g,h,i,j,k,l\n";
     for (int r = 0; r < 100000; ++r) {
         const double t = r * 0.01;
-        input += text(t) + "," + (r == 500 ? "nan" : text(40 + 40 * std::sin(t))) + ",1,2,3,4,5,6,7,8,9,10,11\n";
+        input += text(t) + "," + (r == 500 ? "nan" : text(40 + 40 * std::sin(t))) + ",1,2,3,4,5,6,7,8,9,10," +
+                 text(50 + 50 * std::cos(t)) + "\n";
     }
     write_file("long.csv", input);
-    const Result r = run("map -m QUIL_linear_AA -o /dev/null --plot plot.svg", "long.csv");
+    const Result r = run("map -m RUIYAN_RY_H15 -o /dev/null --plot plot.svg", "long.csv");
     ASSERT_EQ(r.status, 0) << r.err;
-    const std::string svg = read_file(path("plot.svg"));
+    const std::string svg = read_file("plot.svg");
     EXPECT_EQ(svg.rfind("<?xml", 0), 0u);
     EXPECT_EQ(svg.substr(svg.size() - 7), "</svg>\n");
-    EXPECT_LT(svg.size(), 1000000u);  // decimated, however long the session
-    for (const char* expected : {"Glove readings", "Joint targets", "QUIL_linear_AA", ">time_s<",
-                                 ">thumb (1 NaN/inf not drawn)<", "100000 samples", "constant:"})
+    EXPECT_LT(svg.size(), 1500000u);  // decimated, however long the session
+    const quil_linear::HandInfo hand(*quil_hand_find("RUIYAN_RY_H15"));
+    for (const std::string& expected : {std::string("Glove readings"), std::string("Joint targets by finger"),
+                                       std::string(">time_s<"), std::string("x0  thumb (1 NaN/inf gaps)"),
+                                       std::string("100000 samples"), std::string("constant, not drawn:"),
+                                       std::string(">0  ") + std::string(hand.slot_roles[0]) + "<"})
         EXPECT_NE(svg.find(expected), std::string::npos) << expected;
-}
-
-// The writer's quick path for short decimals must give exactly the library's shortest text,
-// and every text must read back to the same bits.
-TEST(NumberText, ShortestTextReadsBackToTheSameDouble) {
-    std::vector<double> values = {0.0, -0.0, kInf, -kInf, 0.1, -12.3, 1e300, 5e-324, 1e-4, 1e-7, 1e15, 1e16,
-                                  123456789.123456, 1125899906.842624, 1125899906.842623,
-                                  std::numeric_limits<double>::max(), std::numeric_limits<double>::denorm_min()};
-    std::mt19937_64 rng(7);
-    std::uniform_real_distribution<double> angle(-200.0, 200.0);
-    for (int i = 0; i < 100000; ++i) {
-        const std::uint64_t b = rng();
-        double v;
-        std::memcpy(&v, &b, sizeof v);
-        if (!std::isnan(v)) values.push_back(v);
-        const double a = angle(rng);
-        for (double scale : {1.0, 10.0, 100.0, 1e3, 1e6, 1e7})
-            values.push_back(std::round(a * scale) / scale);
-        values.push_back(std::round(a * 10.0) / 10.0 * 1.2000000476837158);
-        values.push_back(std::round(a * 1e5) * 1e4);
-    }
-    char buf[quil::retarget::kMaxNumberText], ref[quil::retarget::kMaxNumberText];
-    for (double v : values) {
-        const std::string s(buf, quil::retarget::format_number(buf, v));
-        ASSERT_EQ(s, std::string(ref, std::to_chars(ref, ref + sizeof ref, v).ptr));
-        double back = 1.0;
-        ASSERT_TRUE(quil::retarget::parse_number(s, back)) << s;
-        ASSERT_EQ(bits(back), bits(v)) << s;
-    }
-    for (const double nan : {kNaN, -kNaN}) {
-        const std::string s(buf, quil::retarget::format_number(buf, nan));
-        double back = 0.0;
-        ASSERT_TRUE(quil::retarget::parse_number(s, back));
-        EXPECT_TRUE(std::isnan(back));
-        EXPECT_EQ(std::signbit(back), std::signbit(nan)) << s;
-    }
-    // What recorders write beyond the shortest form.
-    struct {
-        const char* in;
-        double value;
-    } read[] = {{"+2", 2.0}, {"1e400", kInf}, {"-1e400", -kInf}, {"1e-400", 0.0}, {"INF", kInf}, {"-Infinity", -kInf}};
-    for (const auto& r : read) {
-        double v = 0;
-        EXPECT_TRUE(quil::retarget::parse_number(r.in, v)) << r.in;
-        EXPECT_EQ(bits(v), bits(r.value)) << r.in;
-    }
-    for (const char* bad : {"", "+", "+-1", "1e", "0x10", "1,5", " 1", "1 ", "--1", "nanx"}) {
-        double v = 0;
-        EXPECT_FALSE(quil::retarget::parse_number(bad, v)) << bad;
+    if (!access("/usr/bin/rsvg-convert", X_OK)) {
+        const Result png = run("map -m RUIYAN_RY_H15 -o /dev/null --plot plot.png", "long.csv");
+        ASSERT_EQ(png.status, 0) << png.err;
+        EXPECT_EQ(read_file("plot.png").substr(1, 3), "PNG");
     }
 }
 

@@ -1,0 +1,37 @@
+// JSON written by quil-retarget: the record of how a conversion was made (--meta) and the
+// description of a hand (describe --json).
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "quil_linear/hand.h"
+#include "session_source.h"
+
+namespace quil::retarget {
+
+struct RunRecord {
+    const quil_hand_info* hand = nullptr;
+    std::string input, output;  // "-" for the standard streams
+    Format from = Format::csv, to = Format::csv;
+    const SourceInfo* info = nullptr;
+    std::uint64_t rows_read = 0, rows_written = 0;
+    const SkippedRows* skipped = nullptr;
+    std::string dropout;         // "pass" or "hold"
+    bool time_written = false;
+    std::vector<std::string> columns;  // the output's columns, the time first when written
+    std::string state_in, state_out, plot;
+    int exit_status = 0;
+    std::string error;
+};
+
+std::string meta_json(const RunRecord& record);
+
+// describe --json: the hand's version, buffer kind, state and its 24 slots with their roles.
+std::string describe_json(const quil_hand_info& hand);
+
+// describe: the same as text.
+std::string describe_text(const quil_hand_info& hand);
+
+}  // namespace quil::retarget
