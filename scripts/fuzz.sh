@@ -14,12 +14,12 @@ bash scripts/bootstrap.sh
 
 seconds=${1:-60}
 shift || true
-mapfile -t all < <(sed -n 's/^foreach(target \(.*\))$/\1/p' tests/fuzz/CMakeLists.txt | tr ' ' '\n')
+all=(fuzz_state fuzz_hand_calls fuzz_csv fuzz_f64 fuzz_npy)
 targets=("$@")
 [ ${#targets[@]} -gt 0 ] || targets=("${all[@]}")
 
 CC=clang-14 CXX=clang++-14 cmake -S . -B build-fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-  -DQUIL_LINEAR_FUZZ=ON -DQUIL_LINEAR_BUILD_TESTS=OFF -DQUIL_LINEAR_BUILD_BENCH=OFF >/dev/null
+  -DQUIL_LINEAR_FUZZ=ON -DQUIL_LINEAR_BUILD_TOOLS=ON -DQUIL_LINEAR_BUILD_TESTS=OFF -DQUIL_LINEAR_BUILD_BENCH=OFF >/dev/null
 cmake --build build-fuzz -j "$(nproc 2>/dev/null || echo 2)" --target "${targets[@]}"
 
 mkdir -p build-fuzz/artifacts build-fuzz/logs

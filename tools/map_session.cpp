@@ -434,7 +434,10 @@ int run_map(const MapOptions& o, std::FILE* err) {
     if (!failure.empty()) say(err, failure);
     out.flush();
     const std::string sink_error = out.ok() ? sink->finish(written) : out.error();
-    if (!sink_error.empty()) {
+    if (out.reader_gone()) {
+        // Whoever reads the output has all they wanted; like other filters, stop quietly.
+        if (exit == kExitOk) exit = kExitClosed;
+    } else if (!sink_error.empty()) {
         say(err, sink_error);
         exit = kExitIo;
     }

@@ -19,6 +19,7 @@ enum ExitStatus {
     kExitIo = 3,        // an input that cannot be read, an output that cannot be written
     kExitState = 4,     // a --state-in file that is not a usable state of this hand
     kExitSkipped = 5,   // converted, but --skip-bad left rows out
+    kExitClosed = 6,    // the output's reader went away before the end (`| head`); quiet
 };
 
 enum class PlotKind { none, svg, png };

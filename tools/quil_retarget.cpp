@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -30,6 +31,8 @@ constexpr const char* kExitStatuses = R"(Exit status:
   4  the --state-in file is not a state this hand can carry on from (another hand's, damaged,
      truncated, or of an unknown format)
   5  converted, but --skip-bad left rows out (listed on standard error and in --meta)
+  6  the output was closed before the end, as by '| head': the tool stops quietly, writes no
+     --state-out, and says so in --meta only
 )";
 
 constexpr const char* kMapFooter = R"(
@@ -100,6 +103,8 @@ int list_hands() {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // A reader that goes away is noticed as a failed write, not as a signal (exit status 6).
+    std::signal(SIGPIPE, SIG_IGN);
     CLI::App app("Retargets recorded glove sessions: each sample of twelve glove readings x0..x11 becomes\n"
                  "the 24 joint targets of the chosen robot hand, one output row per input row, in order.\n\n"
                  "  quil-retarget list\n"

@@ -185,7 +185,8 @@ bool InputFile::read_at(char* into, std::size_t n, std::uint64_t offset) {
     return true;
 }
 
-LineReader::LineReader(InputFile& in) : in_(in), buf_(kBlock) {}
+// A short input is read with a small buffer; a long one, or a long line, grows it to kBlock.
+LineReader::LineReader(InputFile& in) : in_(in), buf_(kFirstBlock) {}
 
 LineReader::Status LineReader::next(std::string_view& line) {
     for (;;) {
@@ -218,6 +219,7 @@ LineReader::Status LineReader::next(std::string_view& line) {
             end_ -= begin_;
             begin_ = 0;
         }
+        if (end_ == buf_.size() && buf_.size() < kBlock) buf_.resize(std::min(kBlock, 2 * buf_.size()));
         if (end_ == buf_.size()) {
             consumed_ += end_;
             begin_ = end_ = 0;
@@ -225,10 +227,12 @@ LineReader::Status LineReader::next(std::string_view& line) {
             ++line_number_;
             return Status::too_long;
         }
-        const std::ptrdiff_t got = in_.read(buf_.data() + end_, buf_.size() - end_);
+        const std::size_t room = buf_.size() - end_;
+        const std::ptrdiff_t got = in_.read(buf_.data() + end_, room);
         if (got < 0) return Status::read_error;
         if (got == 0) eof_ = true;
         end_ += static_cast<std::size_t>(got);
+        if (static_cast<std::size_t>(got) == room && buf_.size() < kBlock) buf_.resize(std::min(kBlock, 2 * buf_.size()));
     }
 }
 
@@ -304,6 +308,7 @@ bool OutputFile::flush() {
         const ssize_t n = ::write(fd_, buf_.data() + done, used_ - done);
         if (n < 0) {
             if (errno == EINTR) continue;
+            reader_gone_ = errno == EPIPE;
             error_ = "cannot write '" + name_ + "': " + describe_errno(errno);
         } else {
             done += static_cast<std::size_t>(n);

@@ -63,6 +63,7 @@ class InputFile {
 class LineReader {
   public:
     static constexpr std::size_t kBlock = 1 << 20;  // also the longest line accepted
+    static constexpr std::size_t kFirstBlock = 1 << 16;  // grown to kBlock as the input asks
 
     explicit LineReader(InputFile& in);
 
@@ -100,6 +101,8 @@ class OutputFile {
 
     bool ok() const { return error_.empty(); }
     const std::string& error() const { return error_; }
+    // The output is a pipe whose reader went away (`| head`): a write failed with EPIPE.
+    bool reader_gone() const { return reader_gone_; }
 
     // Room for `n` more bytes (n at most kBlock); write them, then commit(end).
     char* reserve(std::size_t n) {
@@ -128,6 +131,7 @@ class OutputFile {
   private:
     int fd_ = -1;
     bool owns_ = false;
+    bool reader_gone_ = false;
     std::string name_;
     std::string error_;
     std::vector<char> buf_;

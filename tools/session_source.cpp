@@ -528,13 +528,22 @@ class NpySource : public Source {
                      " bytes from a pipe is too large to hold; give the file's path instead";
             return Status::io_error;
         }
-        whole_.resize(static_cast<std::size_t>(bytes));
-        const std::ptrdiff_t got = in_.read_full(whole_.data(), whole_.size());
-        if (got < 0) {
-            error_ = in_.error();
-            return Status::io_error;
+        // The buffer grows with the data that arrives, not with what the header claims: a
+        // damaged header must not make the tool take gigabytes for nothing.
+        whole_.clear();
+        std::uint64_t got = 0;
+        while (got < bytes) {
+            const std::uint64_t chunk = std::min<std::uint64_t>(bytes - got, std::max<std::uint64_t>(got, 1 << 20));
+            whole_.resize(static_cast<std::size_t>(got + chunk));
+            const std::ptrdiff_t n = in_.read_full(whole_.data() + got, static_cast<std::size_t>(chunk));
+            if (n < 0) {
+                error_ = in_.error();
+                return Status::io_error;
+            }
+            got += static_cast<std::uint64_t>(n);
+            if (static_cast<std::uint64_t>(n) < chunk) break;  // the input ended
         }
-        if (static_cast<std::uint64_t>(got) < bytes) {
+        if (got < bytes) {
             // Column-major data cut short holds no whole row.
             error_ = in_.name() + ": byte offset " + std::to_string(h_.data_offset + static_cast<std::uint64_t>(got)) +
                      ": short data: the header's shape " + h_.shape + " needs " + std::to_string(bytes) +

@@ -679,6 +679,37 @@ TEST(CommandLine, RefusesBeforeAnyWork) {
         EXPECT_NE(help.out.find(part), std::string::npos) << part;
 }
 
+// Faults the tool meets on a real machine, each with its exit status and message. (A short npy
+// file and another hand's state are checked with the formats and the split sessions above.)
+TEST(Faults, FullDeviceClosedPipeAndUnreadableInput) {
+    const std::string session = std::string(QUIL_SOURCE_DIR) + "/data/sample_session.csv";
+    struct Case {
+        const char* what;
+        std::string command;  // run in the scratch directory; its status is the tool's
+        int status;
+        const char* message;  // "" for none at all
+    } cases[] = {
+        {"full output device", "'" + g_tool + "' map -m RUIYAN_RY_H15 '" + session + "' -o /dev/full", 3,
+         "cannot write '/dev/full': No space left on device"},
+        {"reader gone", "'" + g_tool + "' map -m RUIYAN_RY_H15 '" + session + "' --meta closed.json | head -c 1 >/dev/null; "
+                        "exit \\${PIPESTATUS[0]}", 6, ""},
+        {"input is a directory", "'" + g_tool + "' map -m RUIYAN_RY_H15 . -o out.csv", 3, "cannot read '.': it is a directory"},
+        {"input missing", "'" + g_tool + "' map -m RUIYAN_RY_H15 missing.csv -o out.csv", 3, "cannot open 'missing.csv'"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const std::string cmd = "cd '" + g_dir + "' && bash -c \"" + c.command + "\" 2>stderr";
+        const int raw = std::system(cmd.c_str());
+        ASSERT_TRUE(WIFEXITED(raw));
+        EXPECT_EQ(WEXITSTATUS(raw), c.status);
+        const std::string err = read_file("stderr");
+        if (*c.message) EXPECT_NE(err.find(c.message), std::string::npos) << err;
+        else EXPECT_EQ(err, "");
+    }
+    const auto meta = nlohmann::json::parse(read_file("closed.json"));
+    EXPECT_EQ(meta["exit_status"], 6);
+}
+
 TEST(Plot, DrawsReadingsAndOnePanelPerFingerGroup) {
     std::string input = "time_s,thumb,b,c,d,e,f,g,h,i,j,k,l\n";
     for (int r = 0; r < 100000; ++r) {
