@@ -80,16 +80,29 @@ inline Pair quantise_pair(Pair s) {
 }  // namespace detail
 
 // Row j of the pose: w0[j] + trunc(sum_i c_i * weight[j*12 + i] / 10) / 10, each row summing
-// its products in input order. The quantisation runs over a padded 20th row, two rows at a time.
+// its products in input order. Two rows are summed side by side, one per lane, each lane doing
+// exactly the scalar row's operations; the quantisation runs over a padded 20th row, two rows at
+// a time.
 inline PoseVector linear_pose(const Coefficients& k, const InputAngles& c) {
     detail::Pair s[10];
-    for (int j = 0; j < 19; ++j) {
-        const double* w = k.weight + j * 12;
-        double sum = 0.0;
-        for (int i = 0; i < 12; ++i) sum = c.x[i] * w[i] + sum;
-        s[j / 2][j % 2] = sum;
+    for (int pair = 0; pair < 9; ++pair) {
+        const double* a = k.weight + (2 * pair) * 12;
+        const double* b = a + 12;
+        detail::Pair sum = {0.0, 0.0};
+        for (int i = 0; i < 12; ++i) {
+            const detail::Pair x = {c.x[i], c.x[i]};
+            const detail::Pair w = {a[i], b[i]};
+            sum = x * w + sum;
+        }
+        s[pair] = sum;
     }
-    s[9][1] = 0.0;
+    {
+        const double* a = k.weight + 18 * 12;
+        double sum = 0.0;
+        for (int i = 0; i < 12; ++i) sum = c.x[i] * a[i] + sum;
+        s[9][0] = sum;
+        s[9][1] = 0.0;
+    }
     PoseVector p;
     for (int pair = 0; pair < 10; ++pair) {
         const detail::Pair q = detail::quantise_pair(s[pair]);
