@@ -3,7 +3,8 @@
 //   golden regenerate [--record DIR]          remake the record from the C exports, each hand in
 //                                             a fresh process (after a reviewed, deliberate change)
 //   golden samples DIR --format f64|npy       write every hand's samples to DIR/HAND.f64|.npy
-//   golden check HAND TARGETS [--record DIR]  check a targets file (f64 with 24 doubles per
+//   golden check HAND TARGETS [--record DIR] [--as NAME]
+//                                             check a targets file (f64 with 24 doubles per
 //                                             sample, or npy of shape (N, 24) or (N, 25))
 #include <CLI/CLI.hpp>
 
@@ -94,10 +95,11 @@ int main(int argc, char** argv) {
     samples->add_option("DIR", dir)->required()->check(CLI::ExistingDirectory);
     samples->add_option("--format", format)->required()->check(CLI::IsMember({"f64", "npy"}));
 
-    std::string hand, path;
+    std::string hand, path, interface;
     auto* check = app.add_subcommand("check", "check a targets file of one hand against the record");
     check->add_option("HAND", hand)->required();
     check->add_option("TARGETS", path)->required()->check(CLI::ExistingFile);
+    check->add_option("--as", interface, "the interface that made the file, for the message (default: its path)");
     check->add_option("--record", record_dir, "directory of record.txt and samples.digest");
 
     CLI11_PARSE(app, argc, argv);
@@ -112,7 +114,8 @@ int main(int argc, char** argv) {
             const std::vector<HandRecord> record = read_record(record_dir);
             for (std::size_t h = 0; h < all.size(); ++h) {
                 if (hand != all[h].name) continue;
-                const std::string problem = compare(record.at(h), read_targets(path), samples_for_hand(h), path);
+                const std::string problem =
+                    compare(record.at(h), read_targets(path), samples_for_hand(h), interface.empty() ? path : interface);
                 if (!problem.empty()) {
                     std::cerr << problem << '\n';
                     return 1;

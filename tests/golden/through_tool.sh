@@ -15,7 +15,7 @@ for readings in "$scratch"/*.f64 "$scratch"/*.npy; do
   hand=$(basename "${readings%.*}")
   ext=${readings##*.}
   "$tool" map --quiet -m "$hand" "$readings" -o "$scratch/$hand.targets.$ext"
-  "$golden" check "$hand" "$scratch/$hand.targets.$ext" || failed=1
+  "$golden" check "$hand" "$scratch/$hand.targets.$ext" --as "quil-retarget ($ext)" || failed=1
 done
 [ "$failed" -eq 0 ] && echo "every hand through quil-retarget (f64 and npy) matches the golden record"
 exit "$failed"
