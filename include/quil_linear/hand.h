@@ -127,8 +127,9 @@ QUIL_API size_t quil_hand_suggest(const char* name, const quil_hand_info** out, 
 
 /* Opens a handle on the hand `name` (as quil_hand_find matches it), in its start-up state,
  * with QUIL_DROPOUT_PASS. The caller owns the handle and releases it with quil_hand_close.
- * Returns NULL for an unknown or NULL name (quil_hand_find tells the two apart from running
- * out of memory) or when memory cannot be had. */
+ * Returns NULL for a NULL or unknown name, or when memory cannot be had; quil_hand_find(name)
+ * tells which (and quil_hand_suggest offers the names closest to an unknown one). This is the
+ * only function that allocates. */
 QUIL_API quil_hand* quil_hand_open(const char* name);
 
 /* Releases a handle. NULL is ignored. The handle must not be used afterwards. */
