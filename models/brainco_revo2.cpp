@@ -40,14 +40,14 @@ QUIL_DEFINE_COEFFICIENTS(BrainCo_Revo2, HAND_WEIGHT, HAND_W0)
 #undef HAND_W0
 
 // Thumb: 1 first joint, 2 tip, 3 rotation (recomputed from the swing and the tip), 20 the swing,
-// which gates the index pinch; 0 a base value held back with the swing. The distal joints keep
-// the unshaped row of their intermediate ones. 21 and 22 always hold 0.
+// which gates the index pinch; 0 a base value held back with the swing. The copies of the distal
+// joints keep the unshaped row. 21 and 22 always hold 0.
 const quil::SlotRoles quil::hands::BrainCo_Revo2_slot_roles = {
     "thumb_aux_1", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal", "index_intermediate", "index_proximal", "index_spread",
-    "middle_distal", "middle_intermediate", "middle_proximal", "middle_spread",
-    "ring_distal", "ring_intermediate", "ring_proximal", "ring_spread",
-    "little_distal", "little_intermediate", "little_proximal", "little_spread",
+    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
+    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
+    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
+    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
     "thumb_aux_2", "unused", "unused", "terminator",
 };
 

@@ -16,15 +16,15 @@
 
 QUIL_DEFINE_COEFFICIENTS(LINKERBOT_LinkerHand_O7, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
-// Thumb: 1 first joint, 2 tip (following the first joint at 0.9), 3 rotation, 20 the swing,
-// which gates the index pinch; 0 a base value. The distal joints keep the unshaped row of their
-// intermediate ones. 21 and 22 always hold 0.
+// Thumb: 1 first joint, 2 tip (following the first joint at 0.9), 3 rotation, 20 the swing, which
+// gates the index pinch; 0 a base value. The copies of the distal joints keep the unshaped row. 21
+// and 22 always hold 0.
 const quil::SlotRoles quil::hands::LINKERBOT_LinkerHand_O7_slot_roles = {
     "thumb_aux_1", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal", "index_intermediate", "index_proximal", "index_spread",
-    "middle_distal", "middle_intermediate", "middle_proximal", "middle_spread",
-    "ring_distal", "ring_intermediate", "ring_proximal", "ring_spread",
-    "little_distal", "little_intermediate", "little_proximal", "little_spread",
+    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
+    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
+    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
+    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
     "thumb_aux_2", "unused", "unused", "terminator",
 };
 

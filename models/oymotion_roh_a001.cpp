@@ -36,16 +36,15 @@ QUIL_DEFINE_COEFFICIENTS(OYMotion_ROH_A001, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
-// Each finger: the distal slot follows the intermediate one at 0.8, and the proximal slot is
-// the finger's main curl.
-// Slot 20 is no joint of its own: it mirrors the thumb tip (slot 2) in four bands. Thumb
-// slot 0 is only floored. Slots 21 and 22 are always 0.
+// Each finger: the distal joint is driven twice, its copy following it at 0.8, and the proximal
+// slot is the finger's main curl. Slot 20 is no joint of its own: it mirrors the thumb tip (slot 2)
+// in four bands. Thumb slot 0 is only floored. Slots 21 and 22 are always 0.
 const quil::SlotRoles quil::hands::OYMotion_ROH_A001_slot_roles = {
     "thumb_aux", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal", "index_intermediate", "index_proximal", "index_spread",
-    "middle_distal", "middle_intermediate", "middle_proximal", "middle_spread",
-    "ring_distal", "ring_intermediate", "ring_proximal", "ring_spread",
-    "little_distal", "little_intermediate", "little_proximal", "little_spread",
+    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
+    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
+    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
+    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
     "thumb_distal_mirror", "unused", "unused", "terminator",
 };
 

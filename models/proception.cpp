@@ -14,16 +14,16 @@
 
 QUIL_DEFINE_COEFFICIENTS(Proception, QUIL_AG_WEIGHT, QUIL_AG_W0)
 
-// Each finger: the distal slot follows the intermediate one at 0.8; the proximal slot is the
-// curl that the pinch rules and the full-bend locks test.
-// Nothing drives the thumb rotation here: slot 3 always reads -25, and slots 21 and 22 are
-// always 0. The thumb spread stops at -45 and then holds back the base and thumb slot 0.
+// Each finger: the distal joint is driven twice, its copy following it at 0.8; the proximal slot is
+// the curl that the pinch rules and the full-bend locks test. Nothing drives the thumb rotation
+// here: slot 3 always reads -25, and slots 21 and 22 are always 0. The thumb spread stops at -45
+// and then holds back the base and thumb slot 0.
 const quil::SlotRoles quil::hands::Proception_slot_roles = {
     "thumb_aux", "thumb_proximal", "thumb_distal", "unused",
-    "index_distal", "index_intermediate", "index_proximal", "index_spread",
-    "middle_distal", "middle_intermediate", "middle_proximal", "middle_spread",
-    "ring_distal", "ring_intermediate", "ring_proximal", "ring_spread",
-    "little_distal", "little_intermediate", "little_proximal", "little_spread",
+    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
+    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
+    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
+    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
     "thumb_spread", "unused", "unused", "terminator",
 };
 

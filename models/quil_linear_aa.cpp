@@ -34,14 +34,14 @@ QUIL_DEFINE_COEFFICIENTS(QUIL_linear_AA, HAND_WEIGHT, HAND_W0)
 #undef HAND_W0
 
 // Thumb: 1 its first joint (dragged along by the rotation 3), 2 its tip, 20 the tip mirrored as
-// 0.5 * tip - 5; 0 a thumb value the rules only clamp. Each finger: distal (0.8 of the
-// intermediate joint), intermediate, proximal, spread. 21 and 22 always hold 0.
+// 0.5 * tip - 5; 0 a thumb value the rules only clamp. Each finger: a copy of the distal joint
+// (at 0.8 of it), the distal joint, the proximal joint, the spread. 21 and 22 always hold 0.
 const quil::SlotRoles quil::hands::QUIL_linear_AA_slot_roles = {
     "thumb_aux", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal", "index_intermediate", "index_proximal", "index_spread",
-    "middle_distal", "middle_intermediate", "middle_proximal", "middle_spread",
-    "ring_distal", "ring_intermediate", "ring_proximal", "ring_spread",
-    "little_distal", "little_intermediate", "little_proximal", "little_spread",
+    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
+    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
+    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
+    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
     "thumb_distal_mirror", "unused", "unused", "terminator",
 };
 

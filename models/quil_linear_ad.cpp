@@ -35,14 +35,15 @@ QUIL_DEFINE_COEFFICIENTS(QUIL_linear_AD, HAND_WEIGHT, HAND_W0)
 #undef HAND_W0
 
 // Thumb: 1 first joint, 2 tip, 3 rotation; 20 mirrors the tip through its own row (the tip's
-// weights, offset -10), clamped to [-50, 15]; 0 a thumb value the rules only clamp. The index and
-// middle distal joints rest slightly open (0.76 * intermediate + 13). 21 and 22 always hold 0.
+// weights, offset -10), clamped to [-50, 15]; 0 a thumb value the rules only clamp. The copies of
+// the index and middle distal joints rest slightly open (0.76 * distal + 13). 21 and 22 always hold
+// 0.
 const quil::SlotRoles quil::hands::QUIL_linear_AD_slot_roles = {
     "thumb_aux", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal", "index_intermediate", "index_proximal", "index_spread",
-    "middle_distal", "middle_intermediate", "middle_proximal", "middle_spread",
-    "ring_distal", "ring_intermediate", "ring_proximal", "ring_spread",
-    "little_distal", "little_intermediate", "little_proximal", "little_spread",
+    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
+    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
+    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
+    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
     "thumb_distal_mirror", "unused", "unused", "terminator",
 };
 

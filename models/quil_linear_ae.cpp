@@ -33,15 +33,15 @@ QUIL_DEFINE_COEFFICIENTS(QUIL_linear_AE, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
-// Thumb: 1 first joint, 2 tip (which steers the rotation 3), 20 the tip mirrored as
-// 0.5 * tip - 5; 0 a thumb value the rules only clamp. Distal joints follow their intermediate
-// ones at 0.8. 21 and 22 always hold 0.
+// Thumb: 1 first joint, 2 tip (which steers the rotation 3), 20 the tip mirrored as 0.5 * tip - 5;
+// 0 a thumb value the rules only clamp. Each distal joint's copy follows it at 0.8. 21 and 22
+// always hold 0.
 const quil::SlotRoles quil::hands::QUIL_linear_AE_slot_roles = {
     "thumb_aux", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal", "index_intermediate", "index_proximal", "index_spread",
-    "middle_distal", "middle_intermediate", "middle_proximal", "middle_spread",
-    "ring_distal", "ring_intermediate", "ring_proximal", "ring_spread",
-    "little_distal", "little_intermediate", "little_proximal", "little_spread",
+    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
+    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
+    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
+    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
     "thumb_distal_mirror", "unused", "unused", "terminator",
 };
 
