@@ -7,4 +7,4 @@ test:
 bench:
 	cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Release && cmake --build build && ./build/bench/hands_bench
 clean:
-	rm -rf build build-sanitize build-tsan out
+	rm -rf build build-sanitize build-tsan build-fuzz build-web out
