@@ -8,7 +8,6 @@
 #include <cstring>
 #include <limits>
 
-#include "models/catalogue.h"
 #include "core/records.h"
 #include "models/hands.h"
 

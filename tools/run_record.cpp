@@ -12,8 +12,6 @@ using json = nlohmann::ordered_json;
 json nullable(const std::string& s) { return s.empty() ? json(nullptr) : json(s); }
 
 json hand_json(const quil_hand_info& h) {
-    json roles = json::array();
-    for (const char* r : h.slot_roles) roles.push_back(r);
     return json{{"name", h.name},
                 {"version", h.version},
                 {"keeps_state", h.keeps_state != 0},
@@ -26,8 +24,6 @@ std::string dump(const json& j) { return j.dump(2, ' ', false, json::error_handl
 }  // namespace
 
 std::string meta_json(const RunRecord& r) {
-    json roles = json::array();
-    for (const char* s : r.hand->slot_roles) roles.push_back(s);
     json places = json::array();
     const SkippedRows& skipped = *r.skipped;
     for (std::size_t i = 0; i < skipped.places.size(); ++i) {
@@ -39,7 +35,7 @@ std::string meta_json(const RunRecord& r) {
     j["tool"] = {{"name", "quil-retarget"}, {"version", QUIL_LINEAR_VERSION_STRING}};
     j["library_version"] = quil_linear_version();
     j["hand"] = hand_json(*r.hand);
-    j["slot_roles"] = roles;
+    j["slot_roles"] = r.hand->slot_roles;
     j["input"] = {{"path", r.input}, {"format", format_name(r.from)}, {"rows", r.rows_read}};
     j["output"] = {{"path", r.output},
                    {"format", format_name(r.to)},

@@ -53,7 +53,8 @@ void write_samples(const std::string& dir, const std::string& format) {
 }
 
 // The targets in a file: raw f64 (24 per sample), or npy of little-endian doubles in C order
-// with 24 columns, or 25 with the time first.
+// with 24 columns, or 25 with the time first. Read here rather than with quil-retarget's npy
+// code: this is what checks that code's output.
 std::vector<double> read_targets(const std::string& path) {
     std::ifstream f(path, std::ios::binary);
     std::stringstream s;
