@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "models/catalogue.h"
+#include "models/slot_facts.h"
 
 struct quil_hand {
     const quil::HandModel* model;
@@ -34,7 +35,7 @@ const std::array<quil_hand_info, kHandCount>& infos() {
             t[i].version = m.version;
             t[i].keeps_state = m.keeps_state ? 1 : 0;
             t[i].persistent_buffer = m.buffer == quil::BufferKind::persistent ? 1 : 0;
-            for (std::size_t s = 0; s < 24; ++s) t[i].slot_roles[s] = (*m.slot_roles)[s];
+            for (int s = 0; s < 24; ++s) t[i].slot_roles[s] = quil::slot_role(m, s).name;
         }
         return t;
     }();

@@ -29,9 +29,6 @@ struct Coefficients {
     const double* w0;      // 19 row offsets
 };
 
-// What a hand's rules drive in each of its 24 output slots, as short snake_case names.
-using SlotRoles = std::array<const char*, 24>;
-
 // Where a hand with memory keeps it. The pointers may name the hand class's exported statics
 // (what the C export uses, shared by every caller) or the fields of a caller-owned HandMemory
 // (what tests and tools use, one per recorded session). A hand uses only the fields it has.

@@ -39,17 +39,20 @@ QUIL_DEFINE_COEFFICIENTS(AgiBot_OmniHand_O10, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
-// Each finger: the distal joint is driven twice, its copy following it at 0.8; the proximal slot is
-// the curl that the pinch rules and the full-bend locks test. The thumb tip follows the base. Thumb
-// slot 0 is only banded and held back by a full spread. Slots 21 and 22 are always 0.
-const quil::SlotRoles quil::hands::AgiBot_OmniHand_O10_slot_roles = {
-    "thumb_aux", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
-    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
-    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
-    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
-    "thumb_spread", "unused", "unused", "terminator",
-};
+namespace {
+// The thumb tip rebuilt from the thumb's proximal joint at 0.9 (single precision), at most -75 deep.
+double tip_from_proximal(const double* t) {
+    double v = t[1] * double(0.9f);
+    if (v < -75) v = -75;
+    return v;
+}
+}  // namespace
+
+constexpr quil::SlotRelation kTipFromProximal =
+    quil::follows_by_rule(2, 1, tip_from_proximal, "max(slot 1 * 0.9f, -75)");
+// Finger tips at 0.8 of their distal joints; the thumb tip follows the thumb's proximal joint at 0.9.
+const quil::SlotDeclaration quil::hands::AgiBot_OmniHand_O10_slots = quil::kTipsAtEightTenths
+    .plus(kTipFromProximal);
 
 namespace {
 

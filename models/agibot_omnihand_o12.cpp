@@ -11,17 +11,10 @@
 
 QUIL_DEFINE_COEFFICIENTS(AgiBot_OmniHand_O12, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
-// Each finger: the distal joint is driven twice, its copy following it at 0.8; the proximal slot is
-// the curl that the pinch rules and the full-bend locks test. Thumb slot 0 is only banded, held
-// back by a full spread and zeroed by the pinch poses. Slots 21 and 22 are always 0.
-const quil::SlotRoles quil::hands::AgiBot_OmniHand_O12_slot_roles = {
-    "thumb_aux", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
-    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
-    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
-    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
-    "thumb_spread", "unused", "unused", "terminator",
-};
+// Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
+// spreads.
+const quil::SlotDeclaration quil::hands::AgiBot_OmniHand_O12_slots = quil::kTipsAtEightTenths
+    .plus(quil::middle_spread_between(0.24, 0.32));
 
 namespace {
 

@@ -34,18 +34,10 @@ QUIL_DEFINE_COEFFICIENTS(BrainCo_Revo1, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
-// Thumb: 1 first joint, 2 tip, rewritten from the second thumb value 20 (which the rules leave as
-// its row gives it); 0 a thumb value the rules touch only in the index contact. The curves, the
-// contact and the fist act on the proximal joints; each distal joint's copy follows it at 0.8. 21
-// and 22 always hold 0.
-const quil::SlotRoles quil::hands::BrainCo_Revo1_slot_roles = {
-    "thumb_aux_1", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
-    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
-    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
-    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
-    "thumb_aux_2", "unused", "unused", "terminator",
-};
+// Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
+// spreads.
+const quil::SlotDeclaration quil::hands::BrainCo_Revo1_slots = quil::kTipsAtEightTenths
+    .plus(quil::middle_spread_between(0.24, 0.32));
 
 namespace {
 

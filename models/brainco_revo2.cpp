@@ -39,17 +39,24 @@ QUIL_DEFINE_COEFFICIENTS(BrainCo_Revo2, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
-// Thumb: 1 first joint, 2 tip, 3 rotation (recomputed from the swing and the tip), 20 the swing,
-// which gates the index pinch; 0 a base value held back with the swing. The copies of the distal
-// joints keep the unshaped row. 21 and 22 always hold 0.
-const quil::SlotRoles quil::hands::BrainCo_Revo2_slot_roles = {
-    "thumb_aux_1", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
-    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
-    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
-    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
-    "thumb_aux_2", "unused", "unused", "terminator",
-};
+// The thumb abduction from the rotation and the tip: the rotation leaves the hand mirrored, so its
+// factor -0.5 appears here as 0.5.
+constexpr quil::SlotRelation kAbductionFromRotation = [] {
+    quil::SlotRelation r;
+    r.slot = 3;
+    r.source[0] = 20;
+    r.scale[0] = 0.5;
+    r.source[1] = 2;
+    r.scale[1] = -0.15;
+    r.lower = 0.0;
+    r.upper = 30.0;
+    r.negated = true;
+    return r;
+}();
+// The finger tips keep the unshaped row, so they are joints of their own; the thumb abduction
+// is rebuilt from the rotation and the thumb tip, limited to [0, 30] and mirrored.
+const quil::SlotDeclaration quil::hands::BrainCo_Revo2_slots = quil::kNoFollowers
+    .plus(kAbductionFromRotation);
 
 namespace {
 

@@ -52,7 +52,7 @@ std::size_t edit_distance(std::string_view a, std::string_view b) {
 const HandModel kHandModels[kHandCount] = {
 #define QUIL_MODEL(hand, version, buffer, keeps_state)                                        \
     {#hand, version, buffer, keeps_state != 0, &hands::hand, &hands::hand##_coefficients, \
-     &hands::hand##_slot_roles},
+     &hands::hand##_slots},
 #include "models/hand_list.h"
 #undef QUIL_MODEL
 };

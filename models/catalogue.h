@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "core/records.h"
+#include "models/slot_layout.h"
 
 namespace quil {
 
@@ -21,7 +22,7 @@ struct HandModel {
     bool keeps_state;                // remembers pinch latches or thumb references
     MapFn map;                       // the mapping against a caller's memory and tables
     const Coefficients* published;   // the hand's constant coefficient tables
-    const SlotRoles* slot_roles;     // what the rules drive in each output slot
+    const SlotDeclaration* slots;    // its followers and whether slot 23 is a gesture code
 };
 
 inline constexpr std::size_t kHandCount = 0

@@ -38,18 +38,10 @@ QUIL_DEFINE_COEFFICIENTS(DexRobot_DexHand021_MP, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
-// Thumb: 1 first joint, 2 tip, 3 rotation (turned by the little spread), 20 the swing across the
-// palm, which gates the pinch poses; 0 a base value. The pinch poses and the full-bend lock judge
-// each finger by its proximal joint; each distal joint's copy follows it at 0.8. 21 and 22 always
-// hold 0.
-const quil::SlotRoles quil::hands::DexRobot_DexHand021_MP_slot_roles = {
-    "thumb_aux_1", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
-    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
-    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
-    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
-    "thumb_aux_2", "unused", "unused", "terminator",
-};
+// Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
+// spreads.
+const quil::SlotDeclaration quil::hands::DexRobot_DexHand021_MP_slots = quil::kTipsAtEightTenths
+    .plus(quil::middle_spread_between(0.24, 0.32));
 
 namespace {
 

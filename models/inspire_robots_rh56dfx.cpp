@@ -35,17 +35,10 @@ QUIL_DEFINE_COEFFICIENTS(INSPIRE_ROBOTS_RH56DFX, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
-// Thumb: 1 first joint, 2 tip (which moves the base value 0 when bent far), 3 rotation (turned by
-// the little spread), 20 a second thumb value the rules leave as its row gives it. Each distal
-// joint's copy follows it at 0.8. 21 and 22 always hold 0.
-const quil::SlotRoles quil::hands::INSPIRE_ROBOTS_RH56DFX_slot_roles = {
-    "thumb_aux_1", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
-    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
-    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
-    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
-    "thumb_aux_2", "unused", "unused", "terminator",
-};
+// Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
+// spreads.
+const quil::SlotDeclaration quil::hands::INSPIRE_ROBOTS_RH56DFX_slots = quil::kTipsAtEightTenths
+    .plus(quil::middle_spread_between(0.24, 0.32));
 
 namespace {
 

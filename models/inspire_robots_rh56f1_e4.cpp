@@ -12,18 +12,8 @@
 
 QUIL_DEFINE_COEFFICIENTS(INSPIRE_ROBOTS_RH56F1_E4, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
-// Each finger: the distal joint is driven twice, its copy following it at 0.8; the proximal slot is
-// the curl that the pinch rules and the full-bend locks test. The thumb tip follows the base,
-// damped while the thumb is not rotated far. Thumb slot 0 is only banded and held back by a full
-// spread. Slots 21 and 22 are always 0.
-const quil::SlotRoles quil::hands::INSPIRE_ROBOTS_RH56F1_E4_slot_roles = {
-    "thumb_aux", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
-    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
-    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
-    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
-    "thumb_spread", "unused", "unused", "terminator",
-};
+// Finger tips at 0.8 of their distal joints.
+const quil::SlotDeclaration quil::hands::INSPIRE_ROBOTS_RH56F1_E4_slots = quil::kTipsAtEightTenths;
 bool Quil_linear::INSPIRE_ROBOTS_RH56F1_E4::fingerPinchDone[4] = {};
 double Quil_linear::INSPIRE_ROBOTS_RH56F1_E4::thumb1_ref_val = 0.0;
 

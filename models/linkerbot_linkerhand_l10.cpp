@@ -42,17 +42,8 @@ QUIL_DEFINE_COEFFICIENTS(LINKERBOT_LinkerHand_L10, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
-// Thumb: 1 first joint (straightened by every pinch), 2 tip, 3 rotation (from the swing and the
-// tip), 20 the swing, which gates the index pinch; 0 a base value. Each distal joint's copy follows
-// it at 0.8. 21 and 22 always hold 0.
-const quil::SlotRoles quil::hands::LINKERBOT_LinkerHand_L10_slot_roles = {
-    "thumb_aux_1", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
-    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
-    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
-    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
-    "thumb_aux_2", "unused", "unused", "terminator",
-};
+// Finger tips at 0.8 of their distal joints.
+const quil::SlotDeclaration quil::hands::LINKERBOT_LinkerHand_L10_slots = quil::kTipsAtEightTenths;
 
 namespace {
 

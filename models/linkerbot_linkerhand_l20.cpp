@@ -38,17 +38,10 @@ QUIL_DEFINE_COEFFICIENTS(LINKERBOT_LinkerHand_L20, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
-// Slot 3 always holds -30: this hand turns its thumb in through 20, which gates the pinch poses.
-// Thumb 0 and 1 are the base joints (1 the first joint), 2 the tip. Each distal joint's copy
-// follows it at 0.8. 21 and 22 always hold 0.
-const quil::SlotRoles quil::hands::LINKERBOT_LinkerHand_L20_slot_roles = {
-    "thumb_aux", "thumb_proximal", "thumb_distal", "unused",
-    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
-    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
-    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
-    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
-    "thumb_rotation", "unused", "unused", "terminator",
-};
+// Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
+// spreads.
+const quil::SlotDeclaration quil::hands::LINKERBOT_LinkerHand_L20_slots = quil::kTipsAtEightTenths
+    .plus(quil::middle_spread_between(0.24, 0.32));
 
 namespace {
 

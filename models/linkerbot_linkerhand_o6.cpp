@@ -13,17 +13,10 @@
 
 QUIL_DEFINE_COEFFICIENTS(LINKERBOT_LinkerHand_O6, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
-// Thumb: 1 first joint, 2 tip (steering the rotation 3), 20 a second thumb value that only holds 0
-// and 1 back when it swings far; 0 a base value. Each distal joint's copy follows it at 0.8. 21 and
-// 22 always hold 0.
-const quil::SlotRoles quil::hands::LINKERBOT_LinkerHand_O6_slot_roles = {
-    "thumb_aux_1", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
-    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
-    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
-    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
-    "thumb_aux_2", "unused", "unused", "terminator",
-};
+// Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
+// spreads.
+const quil::SlotDeclaration quil::hands::LINKERBOT_LinkerHand_O6_slots = quil::kTipsAtEightTenths
+    .plus(quil::middle_spread_between(0.24, 0.32));
 
 namespace {
 

@@ -16,17 +16,21 @@
 
 QUIL_DEFINE_COEFFICIENTS(LINKERBOT_LinkerHand_O7, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
-// Thumb: 1 first joint, 2 tip (following the first joint at 0.9), 3 rotation, 20 the swing, which
-// gates the index pinch; 0 a base value. The copies of the distal joints keep the unshaped row. 21
-// and 22 always hold 0.
-const quil::SlotRoles quil::hands::LINKERBOT_LinkerHand_O7_slot_roles = {
-    "thumb_aux_1", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
-    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
-    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
-    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
-    "thumb_aux_2", "unused", "unused", "terminator",
-};
+namespace {
+// The thumb tip rebuilt from the thumb's proximal joint at 0.9 (single precision), at most -75 deep.
+double tip_from_proximal(const double* t) {
+    double v = t[1] * double(0.9f);
+    if (v < -75) v = -75;
+    return v;
+}
+}  // namespace
+
+constexpr quil::SlotRelation kTipFromProximal =
+    quil::follows_by_rule(2, 1, tip_from_proximal, "max(slot 1 * 0.9f, -75)");
+// The finger tips keep the unshaped row, so they are joints of their own; the thumb tip follows the
+// thumb's proximal joint at 0.9.
+const quil::SlotDeclaration quil::hands::LINKERBOT_LinkerHand_O7_slots = quil::kNoFollowers
+    .plus(kTipFromProximal);
 
 namespace {
 

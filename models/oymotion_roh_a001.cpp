@@ -36,17 +36,6 @@ QUIL_DEFINE_COEFFICIENTS(OYMotion_ROH_A001, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
-// Each finger: the distal joint is driven twice, its copy following it at 0.8, and the proximal
-// slot is the finger's main curl. Slot 20 is no joint of its own: it mirrors the thumb tip (slot 2)
-// in four bands. Thumb slot 0 is only floored. Slots 21 and 22 are always 0.
-const quil::SlotRoles quil::hands::OYMotion_ROH_A001_slot_roles = {
-    "thumb_aux", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
-    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
-    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
-    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
-    "thumb_distal_mirror", "unused", "unused", "terminator",
-};
 
 namespace {
 
@@ -84,6 +73,21 @@ double thumb_rotation(double tip) {
 }
 
 }  // namespace
+
+namespace {
+// The thumb rotation as drawn from the thumb tip, mirrored at the end like the slot itself.
+double rotation_from_tip_bands(const double* t) { return -thumb_rotation(t[2]); }
+}  // namespace
+
+constexpr quil::SlotRelation kRotationFromTipBands = quil::follows_by_rule(
+    20, 2, rotation_from_tip_bands,
+    "-(0.5 * slot 2) if slot 2 > -2; -(3 * slot 2 + 5) if > -12; -(slot 2 - 16) if > -15; "
+    "else -(0.2 * slot 2 - 28)");
+// Finger tips at 0.8 of their distal joints, the middle spread set between the index and ring
+// spreads, and the thumb rotation drawn from the thumb tip in four bands.
+const quil::SlotDeclaration quil::hands::OYMotion_ROH_A001_slots = quil::kTipsAtEightTenths
+    .plus(quil::middle_spread_between(0.24, 0.32))
+    .plus(kRotationFromTipBands);
 
 quil::TargetArray quil::hands::OYMotion_ROH_A001(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
     TargetArray out;

@@ -14,18 +14,10 @@
 
 QUIL_DEFINE_COEFFICIENTS(PaXini_DexH13_GEN2, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
-// Thumb: 0 and 1 the base joints (1 the first joint), 2 the tip, 3 the rotation, which keeps its
-// rest value except in a contact pose; 20 a second thumb value on the tip's curve, not otherwise
-// described. The contact poses and the fist judge each finger by its proximal joint; each distal
-// joint's copy follows it at 0.8. 21 and 22 always hold 0.
-const quil::SlotRoles quil::hands::PaXini_DexH13_GEN2_slot_roles = {
-    "thumb_aux_1", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
-    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
-    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
-    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
-    "thumb_aux_2", "unused", "unused", "terminator",
-};
+// Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
+// spreads.
+const quil::SlotDeclaration quil::hands::PaXini_DexH13_GEN2_slots = quil::kTipsAtEightTenths
+    .plus(quil::middle_spread_between(0.24, 0.32));
 
 namespace {
 

@@ -37,19 +37,10 @@ QUIL_DEFINE_COEFFICIENTS(PICO_PXRHand, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
-// Each finger: the distal joint is driven twice, its copy following it at 0.8; the proximal slot is
-// the curl that the pinch rules and the full-bend locks test. The thumb rotation is fixed, so slot
-// 3 always reads -40; slots 21 and 22 are always 0 and slot 23 carries the gesture code. Thumb
-// slots 0 and 20 follow their rows; only the pinch poses (and, for slot 0, a deeply bent tip) move
-// them otherwise.
-const quil::SlotRoles quil::hands::PICO_PXRHand_slot_roles = {
-    "thumb_aux_1", "thumb_proximal", "thumb_distal", "unused",
-    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
-    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
-    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
-    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
-    "thumb_aux_2", "unused", "unused", "gesture_code",
-};
+// Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
+// spreads; slot 23 carries the gesture code.
+const quil::SlotDeclaration quil::hands::PICO_PXRHand_slots = quil::kTipsAtEightTenths
+    .plus(quil::middle_spread_between(0.24, 0.32)).with_gesture_code();
 
 namespace {
 

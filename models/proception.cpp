@@ -14,18 +14,10 @@
 
 QUIL_DEFINE_COEFFICIENTS(Proception, QUIL_AG_WEIGHT, QUIL_AG_W0)
 
-// Each finger: the distal joint is driven twice, its copy following it at 0.8; the proximal slot is
-// the curl that the pinch rules and the full-bend locks test. Nothing drives the thumb rotation
-// here: slot 3 always reads -25, and slots 21 and 22 are always 0. The thumb spread stops at -45
-// and then holds back the base and thumb slot 0.
-const quil::SlotRoles quil::hands::Proception_slot_roles = {
-    "thumb_aux", "thumb_proximal", "thumb_distal", "unused",
-    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
-    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
-    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
-    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
-    "thumb_spread", "unused", "unused", "terminator",
-};
+// Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
+// spreads.
+const quil::SlotDeclaration quil::hands::Proception_slots = quil::kTipsAtEightTenths
+    .plus(quil::middle_spread_between(0.24, 0.32));
 
 namespace {
 

@@ -33,17 +33,21 @@ QUIL_DEFINE_COEFFICIENTS(QUIL_linear_AA, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
-// Thumb: 1 its first joint (dragged along by the rotation 3), 2 its tip, 20 the tip mirrored as
-// 0.5 * tip - 5; 0 a thumb value the rules only clamp. Each finger: a copy of the distal joint
-// (at 0.8 of it), the distal joint, the proximal joint, the spread. 21 and 22 always hold 0.
-const quil::SlotRoles quil::hands::QUIL_linear_AA_slot_roles = {
-    "thumb_aux", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
-    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
-    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
-    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
-    "thumb_distal_mirror", "unused", "unused", "terminator",
-};
+// The thumb rotation is rebuilt from the thumb tip, then mirrored.
+constexpr quil::SlotRelation kRotationFromTip = [] {
+    quil::SlotRelation r;
+    r.slot = 20;
+    r.source[0] = 2;
+    r.scale[0] = 0.5;
+    r.offset = -5.0;
+    r.negated = true;
+    return r;
+}();
+// Finger tips at 0.8 of their distal joints, the middle spread set between the index and ring
+// spreads, and the thumb rotation rebuilt from the thumb tip as 0.5 * tip - 5 (then mirrored).
+const quil::SlotDeclaration quil::hands::QUIL_linear_AA_slots = quil::kTipsAtEightTenths
+    .plus(quil::middle_spread_between(0.18, 0.3))
+    .plus(kRotationFromTip);
 
 namespace {
 

@@ -34,18 +34,14 @@ QUIL_DEFINE_COEFFICIENTS(QUIL_linear_AD, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
-// Thumb: 1 first joint, 2 tip, 3 rotation; 20 mirrors the tip through its own row (the tip's
-// weights, offset -10), clamped to [-50, 15]; 0 a thumb value the rules only clamp. The copies of
-// the index and middle distal joints rest slightly open (0.76 * distal + 13). 21 and 22 always hold
-// 0.
-const quil::SlotRoles quil::hands::QUIL_linear_AD_slot_roles = {
-    "thumb_aux", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
-    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
-    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
-    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
-    "thumb_distal_mirror", "unused", "unused", "terminator",
-};
+// The index and middle tips rest slightly open (0.76 * distal + 13, never past 0); the ring and
+// little tips follow at 0.8; the middle spread is set between the index and ring spreads.
+const quil::SlotDeclaration quil::hands::QUIL_linear_AD_slots = quil::kNoFollowers
+    .plus(quil::tip_follows_distal(4, 0.76, 13.0))
+    .plus(quil::tip_follows_distal(8, 0.76, 13.0))
+    .plus(quil::tip_follows_distal(12))
+    .plus(quil::tip_follows_distal(16))
+    .plus(quil::middle_spread_between(0.18, 0.3));
 
 namespace {
 

@@ -33,17 +33,41 @@ QUIL_DEFINE_COEFFICIENTS(QUIL_linear_AE, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
-// Thumb: 1 first joint, 2 tip (which steers the rotation 3), 20 the tip mirrored as 0.5 * tip - 5;
-// 0 a thumb value the rules only clamp. Each distal joint's copy follows it at 0.8. 21 and 22
-// always hold 0.
-const quil::SlotRoles quil::hands::QUIL_linear_AE_slot_roles = {
-    "thumb_aux", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
-    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
-    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
-    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
-    "thumb_distal_mirror", "unused", "unused", "terminator",
-};
+// The thumb rotation is rebuilt from the thumb tip, then mirrored.
+constexpr quil::SlotRelation kRotationFromTip = [] {
+    quil::SlotRelation r;
+    r.slot = 20;
+    r.source[0] = 2;
+    r.scale[0] = 0.5;
+    r.offset = -5.0;
+    r.negated = true;
+    return r;
+}();
+namespace {
+// The thumb abduction as the tip steers it from its rest value of 30 (the row has no weights),
+// then mirrored.
+double abduction_from_tip(const double* t) {
+    double v = 30.0;
+    if (t[2] > -10) v = v - (t[2] + 10.0);
+    if (t[2] < -20) {
+        v = v + (t[2] + 0.4 * (t[2] + 10.0));
+        if (v < 15) v = 15;
+    }
+    return -v;
+}
+}  // namespace
+
+constexpr quil::SlotRelation kAbductionFromTip = quil::follows_by_rule(
+    3, 2, abduction_from_tip,
+    "-(30 - (slot 2 + 10)) if slot 2 > -10; -max(30 + (slot 2 + 0.4 * (slot 2 + 10)), 15) if slot 2 < -20; "
+    "else -30");
+// Finger tips at 0.8 of their distal joints, the middle spread set between the index and ring
+// spreads, the thumb rotation rebuilt from the thumb tip as 0.5 * tip - 5 (then mirrored), and the
+// thumb abduction steered by the thumb tip.
+const quil::SlotDeclaration quil::hands::QUIL_linear_AE_slots = quil::kTipsAtEightTenths
+    .plus(quil::middle_spread_between(0.18, 0.3))
+    .plus(kRotationFromTip)
+    .plus(kAbductionFromTip);
 
 namespace {
 

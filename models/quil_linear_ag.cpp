@@ -9,17 +9,10 @@
 
 QUIL_DEFINE_COEFFICIENTS(QUIL_linear_AG, QUIL_AG_WEIGHT, QUIL_AG_W0)
 
-// Thumb: 1 first joint, 2 tip (steering the rotation 3 and the first joint), 20 the tip mirrored as
-// 0.6 * tip - 5, taken before the little spread lifts the tip; 0 a thumb value the rules only
-// clamp. Each distal joint's copy follows it at 0.8. 21 and 22 always hold 0.
-const quil::SlotRoles quil::hands::QUIL_linear_AG_slot_roles = {
-    "thumb_aux", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
-    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
-    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
-    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
-    "thumb_distal_mirror", "unused", "unused", "terminator",
-};
+// Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
+// spreads.
+const quil::SlotDeclaration quil::hands::QUIL_linear_AG_slots = quil::kTipsAtEightTenths
+    .plus(quil::middle_spread_between(0.24, 0.32));
 
 namespace {
 

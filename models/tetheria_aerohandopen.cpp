@@ -17,17 +17,8 @@
 
 QUIL_DEFINE_COEFFICIENTS(TetherIA_AeroHandOpen, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
-// Each finger: the distal joint is driven twice, its copy following it at 0.8; the proximal slot is
-// the curl that the pinch rules and the full-bend locks test. Thumb slot 0 is 0 except on a full
-// fist (-50). The thumb base and tip are scaled by the rotation. Slots 21 and 22 are always 0.
-const quil::SlotRoles quil::hands::TetherIA_AeroHandOpen_slot_roles = {
-    "thumb_aux", "thumb_proximal", "thumb_distal", "thumb_rotation",
-    "index_distal_copy", "index_distal", "index_proximal", "index_spread",
-    "middle_distal_copy", "middle_distal", "middle_proximal", "middle_spread",
-    "ring_distal_copy", "ring_distal", "ring_proximal", "ring_spread",
-    "little_distal_copy", "little_distal", "little_proximal", "little_spread",
-    "thumb_spread", "unused", "unused", "terminator",
-};
+// Finger tips at 0.8 of their distal joints.
+const quil::SlotDeclaration quil::hands::TetherIA_AeroHandOpen_slots = quil::kTipsAtEightTenths;
 bool Quil_linear::TetherIA_AeroHandOpen::fingerPinchDone[4] = {};
 double Quil_linear::TetherIA_AeroHandOpen::thumb1_ref_val = 0.0;
 double Quil_linear::TetherIA_AeroHandOpen::thumb2_ref_val = 0.0;

@@ -112,11 +112,11 @@ int main(int argc, char** argv) {
                  "  quil-retarget map --model NAME [INPUT] [-o OUTPUT] [options]   (map --help for more)\n",
                  "quil-retarget");
     app.set_version_flag("--version", "quil-retarget " QUIL_RETARGET_VERSION);
-    app.footer(std::string("\n") + kExitStatuses);
+    app.footer(std::string("\n") + readings_text() + "\n" + kExitStatuses);
 
     CLI::App* list = app.add_subcommand("list", "every hand with its version, result buffer kind and state");
 
-    CLI::App* describe = app.add_subcommand("describe", "one hand: version, buffer kind, state, and its 24 slots with their roles");
+    CLI::App* describe = app.add_subcommand("describe", "one hand: version, buffer kind, state, the readings it uses, and its 24 slots: role, kind, sign, range, what moves them");
     std::string describe_name;
     bool describe_as_json = false;
     describe->add_option("HAND", describe_name, "the hand, as 'list' names it; case does not matter")
@@ -125,7 +125,7 @@ int main(int argc, char** argv) {
     describe->add_flag("--json", describe_as_json, "as JSON");
 
     CLI::App* map = app.add_subcommand("map", "convert a session: readings in, joint targets out");
-    map->footer(std::string(kMapFooter) + kExitStatuses);
+    map->footer(std::string(kMapFooter) + readings_text() + "\n" + kExitStatuses);
     std::string model, input, output, from, to, format, header = "out", dropout, plot, meta, state_in, state_out;
     bool skip_bad = false, quiet = false;
     const auto formats = CLI::IsMember({"csv", "f64", "npy"}, CLI::ignore_case);

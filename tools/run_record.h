@@ -28,10 +28,14 @@ struct RunRecord {
 
 std::string meta_json(const RunRecord& record);
 
-// describe --json: the hand's version, buffer kind, state and its 24 slots with their roles.
+// describe --json: the hand's version, buffer kind, state, the readings it uses and its 24
+// slots with role, kind, relation or value, sign, range and the readings that move them.
 std::string describe_json(const quil_hand_info& hand);
 
 // describe: the same as text.
 std::string describe_text(const quil_hand_info& hand);
+
+// The reading order and names, for --help.
+std::string readings_text();
 
 }  // namespace quil::retarget

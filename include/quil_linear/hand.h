@@ -35,12 +35,16 @@
  * by quil_error_text; functions returning pointers return NULL. A NULL handle is accepted
  * everywhere and does nothing. Every double is accepted as a reading.
  *
- * Slots. Each hand's catalogue entry names what its rules drive in each of the 24 output slots
- * (quil_hand_info.slot_roles): "<finger>_<joint or motion>" such as "index_proximal",
- * "thumb_rotation" or "little_spread"; "unused" for a slot that holds only a constant,
- * "terminator" for the -1.0 at the end, "gesture_code" for a slot that reports a recognised
- * gesture. The roles describe the mapping of finite readings; on hands that let a NaN reading
- * through (QUIL_DROPOUT_PASS), a NaN can move any slot.
+ * Slots and readings. Every hand puts the same joints at the same slots: the thumb in 0-3 and
+ * 20, then tip, distal, proximal and spread of the index (4-7), middle (8-11), ring (12-15) and
+ * little finger (16-19), two unused slots and the terminator. quil_hand_info.slot_roles names
+ * them ("thumb_rotation", "index_proximal", ...); quil_hand_slot() tells for each slot of a hand
+ * its kind (a joint moved by the readings, a follower computed from other slots, a joint held at
+ * a fixed target, an unused slot, the terminator or a gesture code), the relation of a follower,
+ * which way it moves as its finger bends, the range it spans and which readings move it.
+ * quil_reading() names the twelve readings the hands expect, in degrees. All of it describes
+ * the mapping of finite readings; on hands that let a NaN reading through (QUIL_DROPOUT_PASS), a
+ * NaN can move any slot.
  */
 #ifndef QUIL_LINEAR_HAND_H
 #define QUIL_LINEAR_HAND_H
@@ -122,6 +126,58 @@ QUIL_API const quil_hand_info* quil_hand_find(const char* name);
  * each group by edit distance ignoring case. Writes up to `capacity` entries to `out` and returns how many it wrote (0 when
  * `name` or `out` is NULL). */
 QUIL_API size_t quil_hand_suggest(const char* name, const quil_hand_info** out, size_t capacity);
+
+/* ---- What each slot and reading means ---------------------------------------------------- */
+
+/* The kinds of slot. */
+#define QUIL_SLOT_JOINT 0        /* a joint the readings move */
+#define QUIL_SLOT_FOLLOWER 1     /* a joint computed from other slots (quil_slot_info.relation) */
+#define QUIL_SLOT_FIXED 2        /* a joint held at one target (quil_slot_info.value) */
+#define QUIL_SLOT_UNUSED 3       /* no joint: a constant nobody drives; leave it unconnected */
+#define QUIL_SLOT_TERMINATOR 4   /* the end marker -1.0 */
+#define QUIL_SLOT_GESTURE_CODE 5 /* -1.0, or a code for a recognised gesture */
+
+/* One slot of one hand. Owned by the library; valid as long as the library is loaded. The
+ * facts after `value` are measured from the hand's mapping over a documented sweep of readings
+ * (each finger and the spreads from open to fist and back, the whole hand, thumb-and-finger
+ * pinch poses, and 20 000 random samples over [-20, 120]), and checked against it by the tests. */
+typedef struct quil_slot_info {
+    const char* role;      /* "index_proximal": the same role is the same joint on every hand */
+    const char* meaning;   /* what the role means for the robot, one sentence */
+    int kind;              /* QUIL_SLOT_... */
+    int follows[2];        /* a follower's source slots, -1 where none */
+    const char* relation;  /* a follower's value from its sources, "min(0.8 * slot 5, 0)"; "" otherwise */
+    const char* departs;   /* where a follower leaves its relation ("in pinches"); "" if never seen to */
+    double value;          /* the value of a fixed, unused or terminator slot; NaN otherwise */
+    int sign;              /* -1: smaller as its finger bends (or its spread opens), +1: larger, 0: neither */
+    double range_min;      /* the least value seen over the sweep */
+    double range_max;      /* the greatest value seen over the sweep */
+    unsigned moved_by;     /* bit i set: reading x_i alone moves it, the others at 0 */
+    int negative_zero;     /* 1: a zero comes out as -0.0 (the slot is mirrored last) */
+} quil_slot_info;
+
+/* Slot `slot` (0..23) of `hand`; NULL for a NULL hand or a slot past 23. */
+QUIL_API const quil_slot_info* quil_hand_slot(const quil_hand_info* hand, size_t slot);
+
+/* One of the twelve glove readings, as the hands read them. Owned by the library. */
+typedef struct quil_reading_info {
+    const char* name;    /* "index_bend" */
+    const char* finger;  /* "thumb", "index", "middle", "ring" or "little" */
+    const char* motion;  /* "bend" or "spread" */
+    const char* unit;    /* "degrees": 0 is an open, flat hand; bending or spreading makes it larger */
+    const char* meaning; /* what the hands do with it, one sentence */
+    size_t hands;        /* how many hands of the catalogue it moves at least one slot of */
+} quil_reading_info;
+
+/* Reading x_index (0..11); NULL past 11. */
+QUIL_API const quil_reading_info* quil_reading(size_t index);
+
+/* 1 when reading x_reading moves at least one slot of `hand`, 0 when the hand ignores it or an
+ * argument is out of range. */
+QUIL_API int quil_hand_uses_reading(const quil_hand_info* hand, size_t reading);
+
+/* "joint", "follower", "fixed", "unused", "terminator" or "gesture_code"; "unknown" otherwise. */
+QUIL_API const char* quil_slot_kind_name(int kind);
 
 /* ---- Handles ------------------------------------------------------------------------------ */
 

@@ -50,13 +50,27 @@ struct HandInfo {
     bool keeps_state;
     bool persistent_buffer;
     std::array<std::string_view, QUIL_TARGETS> slot_roles;
+    // What each slot is and does (quil_hand_slot): kind, a follower's relation, the value it is
+    // held at, its sign, range and the readings that move it. The library's own records.
+    std::array<const quil_slot_info*, QUIL_TARGETS> slots;
 
     explicit HandInfo(const quil_hand_info& i)
         : name(i.name), version(i.version), keeps_state(i.keeps_state != 0),
-          persistent_buffer(i.persistent_buffer != 0), slot_roles() {
-        for (std::size_t s = 0; s < slot_roles.size(); ++s) slot_roles[s] = i.slot_roles[s];
+          persistent_buffer(i.persistent_buffer != 0), slot_roles(), slots() {
+        for (std::size_t s = 0; s < slot_roles.size(); ++s) {
+            slot_roles[s] = i.slot_roles[s];
+            slots[s] = quil_hand_slot(&i, s);
+        }
     }
 };
+
+// The twelve glove readings x0..x11 as the hands read them (quil_reading): name, finger, motion,
+// unit and what the hands do with each.
+inline std::array<const quil_reading_info*, QUIL_READINGS> readings() {
+    std::array<const quil_reading_info*, QUIL_READINGS> all{};
+    for (std::size_t r = 0; r < all.size(); ++r) all[r] = quil_reading(r);
+    return all;
+}
 
 // Every hand the library serves, in catalogue order.
 inline std::vector<HandInfo> hands() {

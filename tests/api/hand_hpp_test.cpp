@@ -76,8 +76,13 @@ TEST(HandHpp, CatalogueListsEveryHandWithItsRoles) {
     ASSERT_EQ(all.size(), quil_hand_count());
     for (const auto& info : all) {
         EXPECT_EQ(Hand(info.name).info().version, info.version);
-        for (auto role : info.slot_roles) EXPECT_FALSE(role.empty()) << info.name;
+        for (std::size_t s = 0; s < QUIL_TARGETS; ++s) {
+            EXPECT_FALSE(info.slot_roles[s].empty()) << info.name;
+            ASSERT_NE(info.slots[s], nullptr);
+            EXPECT_EQ(info.slot_roles[s], info.slots[s]->role) << info.name;
+        }
     }
+    for (const quil_reading_info* r : quil_linear::readings()) EXPECT_STREQ(r->unit, "degrees");
 }
 
 }  // namespace

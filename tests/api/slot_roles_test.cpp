@@ -1,6 +1,7 @@
-// The slot roles say what each slot is: a slot named unused or terminator holds one constant
-// over a large and varied session of finite readings, and every other slot moves. Roles are
-// snake_case names, one per slot, no two alike within a hand except unused.
+// The slot kinds say what each slot does, over a session other than the sweep they were measured
+// on: a fixed, unused or terminator slot holds its one value over a large and varied session of
+// finite readings, and every other slot moves. Roles are snake_case names, one per slot, no two
+// alike within a hand except unused.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -33,7 +34,7 @@ std::vector<Sample> varied_finite_session(std::uint64_t seed) {
     return s;
 }
 
-TEST(SlotRoles, ConstantSlotsAreNamedSoAndNamedSlotsMove) {
+TEST(SlotRoles, HeldSlotsHoldTheirValueAndTheOthersMove) {
     const std::regex snake("[a-z]+(_[a-z0-9]+)*");
     for (std::size_t h = 0; h < quil_hand_count(); ++h) {
         const quil_hand_info* info = quil_hand_at(h);
@@ -55,10 +56,15 @@ TEST(SlotRoles, ConstantSlotsAreNamedSoAndNamedSlotsMove) {
             for (std::size_t i = 1; i < samples.size(); ++i)
                 changes += std::memcmp(&t[24 * i + slot], &t[slot], sizeof(double)) != 0;
             const std::string role = info->slot_roles[slot];
-            if (role == "unused" || role == "terminator")
+            const quil_slot_info* facts = quil_hand_slot(info, static_cast<std::size_t>(slot));
+            const bool held = facts->kind == QUIL_SLOT_FIXED || facts->kind == QUIL_SLOT_UNUSED ||
+                              facts->kind == QUIL_SLOT_TERMINATOR;
+            if (held) {
                 EXPECT_EQ(changes, 0u) << "slot " << slot << " (" << role << ") moves";
-            else
+                EXPECT_EQ(t[slot], facts->value) << "slot " << slot << " (" << role << ") is not held at its value";
+            } else {
                 EXPECT_GT(changes, 0u) << "slot " << slot << " (" << role << ") never moves";
+            }
         }
     }
 }

@@ -20,6 +20,8 @@ typedef const quil_hand_info* (*hand_at_fn)(size_t);
 typedef quil_hand* (*hand_open_fn)(const char*);
 typedef void (*hand_map_fn)(quil_hand*, const double*, double*);
 typedef void (*hand_close_fn)(quil_hand*);
+typedef const quil_slot_info* (*hand_slot_fn)(const quil_hand_info*, size_t);
+typedef const quil_reading_info* (*reading_fn)(size_t);
 
 enum { PER_CALL, PERSISTENT };
 
@@ -101,7 +103,11 @@ int main(int argc, char** argv) {
     hand_open_fn hand_open = (hand_open_fn)resolve(lib, "quil_hand_open", "library");
     hand_map_fn hand_map = (hand_map_fn)resolve(lib, "quil_hand_map", "library");
     hand_close_fn hand_close = (hand_close_fn)resolve(lib, "quil_hand_close", "library");
-    if (!hand_count_of || !hand_at || !hand_open || !hand_map || !hand_close) return 1;
+    hand_slot_fn hand_slot = (hand_slot_fn)resolve(lib, "quil_hand_slot", "library");
+    reading_fn reading = (reading_fn)resolve(lib, "quil_reading", "library");
+    if (!hand_count_of || !hand_at || !hand_open || !hand_map || !hand_close || !hand_slot || !reading) return 1;
+    for (size_t r = 0; r < 12; ++r)
+        check(reading(r) && reading(r)->name && strcmp(reading(r)->unit, "degrees") == 0, "reading names", "library");
     check(hand_count_of() == (size_t)hand_count, "the hand API lists every hand", "library");
 
     char symbol[256];
@@ -146,6 +152,10 @@ int main(int argc, char** argv) {
             }
         }
         for (int i = 0; i < 23; ++i) check(!isnan(first[i]), "finite targets for a normal pose", hd->name);
+        for (int i = 0; i < 24; ++i) {
+            const quil_slot_info* slot = hand_slot(info, (size_t)i);
+            check(slot && strcmp(slot->role, info->slot_roles[i]) == 0, "slot facts name the slot's role", hd->name);
+        }
 
         member_symbol(symbol, sizeof symbol, hd->name, "weight", "");
         resolve(lib, symbol, hd->name);

@@ -598,6 +598,19 @@ TEST(Records, MetaAndDescribeTellTheHandAndTheRun) {
     EXPECT_EQ(meta["library_version"], quil_linear_version());
     ASSERT_EQ(meta["slot_roles"].size(), 24u);
     for (int i = 0; i < 24; ++i) EXPECT_EQ(meta["slot_roles"][i], std::string(hand.slot_roles[i]));
+    // What the glove's columns must be, and what each slot is, travel with the targets.
+    ASSERT_EQ(meta["readings"].size(), 12u);
+    for (std::size_t r = 0; r < 12; ++r) {
+        EXPECT_EQ(meta["readings"][r]["name"], std::string(quil_reading(r)->name));
+        EXPECT_EQ(meta["readings"][r]["unit"], "degrees");
+    }
+    ASSERT_EQ(meta["slots"].size(), 24u);
+    for (int i = 0; i < 24; ++i) {
+        const quil_slot_info& f = *hand.slots[i];
+        EXPECT_EQ(meta["slots"][i]["kind"], quil_slot_kind_name(f.kind));
+        EXPECT_EQ(meta["slots"][i]["relation"], std::string(f.relation));
+        EXPECT_EQ(meta["slots"][i]["range"][0].get<double>(), f.range_min);
+    }
     EXPECT_EQ(meta["input"]["path"], "m.csv");
     EXPECT_EQ(meta["input"]["format"], "csv");
     EXPECT_EQ(meta["input"]["rows"], 2);
@@ -627,7 +640,12 @@ TEST(Records, MetaAndDescribeTellTheHandAndTheRun) {
         ASSERT_EQ(text.status, 0);
         EXPECT_NE(text.out.find(std::string(h.version)), std::string::npos);
         EXPECT_NE(text.out.find(h.keeps_state ? "keeps state" : "stateless"), std::string::npos);
-        EXPECT_NE(text.out.find("    23  " + std::string(h.slot_roles[23]) + "\n"), std::string::npos);
+        EXPECT_NE(text.out.find("    23  " + std::string(h.slot_roles[23]) + " "), std::string::npos);
+        for (int i = 0; i < 24; ++i) {
+            if (h.slots[i]->kind == QUIL_SLOT_FOLLOWER) {
+                EXPECT_NE(text.out.find(h.slots[i]->relation), std::string::npos);
+            }
+        }
         const Result json = run("describe --json " + std::string(h.name));
         ASSERT_EQ(json.status, 0);
         const auto d = nlohmann::json::parse(json.out);
@@ -635,8 +653,18 @@ TEST(Records, MetaAndDescribeTellTheHandAndTheRun) {
         EXPECT_EQ(d["buffer"], h.persistent_buffer ? "persistent" : "per-call");
         EXPECT_EQ(d["keeps_state"], h.keeps_state);
         ASSERT_EQ(d["slots"].size(), 24u);
-        for (int i = 0; i < 24; ++i) EXPECT_EQ(d["slots"][i]["role"], std::string(h.slot_roles[i]));
+        for (int i = 0; i < 24; ++i) {
+            EXPECT_EQ(d["slots"][i]["role"], std::string(h.slot_roles[i]));
+            EXPECT_EQ(d["slots"][i]["kind"], quil_slot_kind_name(h.slots[i]->kind));
+            EXPECT_EQ(d["slots"][i]["sign"], h.slots[i]->sign);
+        }
+        for (std::size_t r = 0; r < 12; ++r)
+            EXPECT_EQ(d["readings"][r]["used_by_this_hand"], quil_hand_uses_reading(quil_hand_find(h.name.data()), r) == 1);
     }
+    // --help names the readings in their order, so a glove wired in another order is caught.
+    const Result help = run("map --help");
+    for (std::size_t r = 0; r < 12; ++r)
+        EXPECT_NE(help.out.find("x" + std::to_string(r) + (r < 10 ? "  " : " ") + quil_reading(r)->name), std::string::npos);
 }
 
 TEST(CommandLine, RefusesBeforeAnyWork) {
