@@ -243,6 +243,36 @@ PYBIND11_MODULE(_core, m) {
         return hands;
     }, "Every hand as (name, version, keeps_state, persistent_buffer, slot_roles), in catalogue order.");
 
+    m.def("slot_facts", [](const std::string& name) {
+        const quil_hand_info* h = quil_hand_find(name.c_str());
+        if (!h) throw py::value_error("unknown hand \"" + name + "\"");
+        py::list slots;
+        for (std::size_t s = 0; s < QUIL_TARGETS; ++s) {
+            const quil_slot_info& f = *quil_hand_slot(h, s);
+            py::list follows, moved_by;
+            for (int src : f.follows)
+                if (src >= 0) follows.append(src);
+            for (int r = 0; r < QUIL_READINGS; ++r)
+                if ((f.moved_by >> r) & 1u) moved_by.append(r);
+            slots.append(py::make_tuple(s, f.role, quil_slot_kind_name(f.kind), py::tuple(follows), f.relation,
+                                        f.departs, f.value, f.sign, py::make_tuple(f.range_min, f.range_max),
+                                        py::tuple(moved_by), f.meaning, f.negative_zero != 0));
+        }
+        return slots;
+    }, py::arg("name"), "The 24 slots of a hand as tuples in the order of quil_linear.Slot.");
+
+    m.def("reading_facts", [] {
+        py::list readings;
+        for (std::size_t r = 0; r < QUIL_READINGS; ++r) {
+            const quil_reading_info& i = *quil_reading(r);
+            py::list users;
+            for (std::size_t h = 0; h < quil_hand_count(); ++h)
+                if (quil_hand_uses_reading(quil_hand_at(h), r)) users.append(quil_hand_at(h)->name);
+            readings.append(py::make_tuple(r, i.name, i.finger, i.motion, i.unit, i.meaning, py::tuple(users)));
+        }
+        return readings;
+    }, "The twelve readings as tuples in the order of quil_linear.Reading.");
+
     m.def("closest", [](const std::string& name, std::size_t count) {
         std::array<const quil_hand_info*, 32> best{};
         const std::size_t n = quil_hand_suggest(name.c_str(), best.data(), std::min(count, best.size()));

@@ -8,14 +8,16 @@ needs from sample to sample (pinch latches, thumb references, held readings).
     hand = quil_linear.Hand("RUIYAN_RY_H15")
     targets = hand.map(readings)        # (N, 12) -> (N, 24) float64, in order
 
-quil_linear.hands() lists every hand with what its 24 output slots drive.
+quil_linear.hands() lists every hand; Hand.slots says what each of its 24 output slots is
+(role, kind, relation, range, the readings that move it); quil_linear.readings() names the
+twelve readings the hands expect, in degrees.
 """
 from typing import List, NamedTuple, Tuple
 
 from . import _core
 from ._core import Hand
 
-__all__ = ["Hand", "HandInfo", "hands", "closest_hands", "__version__"]
+__all__ = ["Hand", "HandInfo", "Slot", "Reading", "hands", "readings", "closest_hands", "__version__"]
 
 #: The library's version, "MAJOR.MINOR.PATCH" (quil_linear_version() of the C API).
 __version__ = _core.version()
@@ -31,6 +33,45 @@ class HandInfo(NamedTuple):
     slot_roles: Tuple[str, ...]  #: what the hand's rules drive in each of the 24 output slots
 
 
+class Slot(NamedTuple):
+    """One output slot of one hand: what it is, and what the library measured it to do."""
+
+    index: int  #: 0..23, the position in the targets
+    role: str  #: the joint, the same on every hand: "index_proximal", "thumb_rotation", ...
+    kind: str  #: "joint", "follower", "fixed", "unused", "terminator" or "gesture_code"
+    follows: Tuple[int, ...]  #: a follower's source slots
+    relation: str  #: a follower's value from its sources, "min(0.8 * slot 5, 0)"; "" otherwise
+    departs: str  #: where a follower leaves its relation ("in pinches"); "" if never seen to
+    value: float  #: the value of a fixed, unused or terminator slot; NaN otherwise
+    sign: int  #: -1 smaller as its finger bends (or its spread opens), +1 larger, 0 neither
+    range: Tuple[float, float]  #: least and greatest value over the library's documented sweep
+    moved_by: Tuple[int, ...]  #: the readings that alone move it (indices into readings())
+    meaning: str  #: what the role means for the robot
+    negative_zero: bool  #: a zero comes out as -0.0 (the slot is mirrored last)
+
+
+class Reading(NamedTuple):
+    """One of the twelve glove readings x0..x11, as the hands read it."""
+
+    index: int  #: 0..11, the position in a sample
+    name: str  #: "index_bend", ...
+    finger: str  #: "thumb", "index", "middle", "ring" or "little"
+    motion: str  #: "bend" or "spread"
+    unit: str  #: "degrees": 0 is an open, flat hand
+    meaning: str  #: what the hands do with it
+    hands: Tuple[str, ...]  #: the hands it moves a slot of
+
+
+def slots(name: str) -> Tuple[Slot, ...]:
+    """The 24 slots of the hand `name` (as Hand takes it)."""
+    return tuple(Slot(*s) for s in _core.slot_facts(name))
+
+
+def readings() -> Tuple[Reading, ...]:
+    """The twelve glove readings, in sample order x0..x11."""
+    return tuple(Reading(*r) for r in _core.reading_facts())
+
+
 def hands() -> List[HandInfo]:
     """Every hand the library serves, in catalogue order."""
     return [HandInfo(*entry) for entry in _core.catalogue()]
@@ -42,3 +83,4 @@ def closest_hands(name: str, count: int = 3) -> List[str]:
 
 
 Hand.__module__ = __name__
+Hand.slots = property(lambda self: slots(self.name), doc="The hand's 24 slots as quil_linear.Slot records.")
