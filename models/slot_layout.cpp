@@ -53,11 +53,13 @@ const std::array<ReadingRole, 12> kReadingRoles = {{
     {"index_bend", "index", "bend", "the index finger's bend: drives its tip, distal and proximal joints"},
     {"index_spread", "index", "spread", "the spread between index and middle finger: drives index_spread"},
     {"index_bend_2", "index", "bend",
-     "a second index channel: the in-house hands drive index_proximal from it, a few others barely use it"},
+     "a second index channel: the in-house hands drive index_proximal from it; a few hands add a little of it "
+     "to other joints, the little finger's on some"},
     {"middle_bend", "middle", "bend", "the middle finger's bend: drives its tip, distal and proximal joints"},
     {"ring_spread", "ring", "spread", "the spread between middle and ring finger: drives ring_spread (and little_spread)"},
     {"middle_bend_2", "middle", "bend",
-     "a second middle channel: the in-house hands drive middle_proximal from it, a few others barely use it"},
+     "a second middle channel: the in-house hands drive middle_proximal from it; a few hands add a little of it "
+     "to other joints"},
     {"ring_bend", "ring", "bend", "the ring finger's bend: drives its tip, distal and proximal joints"},
     {"little_spread", "little", "spread", "the spread between ring and little finger: drives little_spread"},
     {"little_bend", "little", "bend", "the little finger's bend: drives its tip, distal and proximal joints"},
