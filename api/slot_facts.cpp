@@ -1,7 +1,7 @@
 // What each slot and reading means, as quil_linear/hand.h publishes it: the layout's roles and
 // each hand's declared followers, with the facts measured from the mappings.
 #include <array>
-#include <charconv>
+#include <cstring>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -19,9 +19,13 @@ using quil::kHandModels;
 
 // The shortest decimal text that reads back as `v`.
 std::string number(double v) {
-    char buf[32];
-    const auto end = std::to_chars(buf, buf + sizeof buf, v).ptr;
-    return std::string(buf, end);
+    char buf[40];
+    for (int precision = 1; precision <= 17; ++precision) {
+        std::snprintf(buf, sizeof buf, "%.*g", precision, v);
+        if (std::strtod(buf, nullptr) == v && (std::strchr(buf, 'e') == nullptr || precision == 17)) return buf;
+    }
+    std::snprintf(buf, sizeof buf, "%.17g", v);
+    return buf;
 }
 
 std::string slot_term(double scale, int slot) {

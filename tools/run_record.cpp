@@ -1,6 +1,7 @@
 #include "run_record.h"
 
-#include <charconv>
+#include <cstdlib>
+#include <cstring>
 #include <cmath>
 #include <cstdio>
 
@@ -68,9 +69,13 @@ json readings_json(const quil_hand_info& h) {
 
 // A number in the shortest text that reads back to it, "-0" kept.
 std::string shortest(double v) {
-    char buf[32];
-    const auto end = std::to_chars(buf, buf + sizeof buf, v).ptr;
-    return std::string(buf, end);
+    char buf[40];
+    for (int precision = 1; precision <= 17; ++precision) {
+        std::snprintf(buf, sizeof buf, "%.*g", precision, v);
+        if (std::strtod(buf, nullptr) == v && (std::strchr(buf, 'e') == nullptr || precision == 17)) return buf;
+    }
+    std::snprintf(buf, sizeof buf, "%.17g", v);
+    return buf;
 }
 
 // Names in a recording may be in any encoding; bytes that are not UTF-8 are replaced.

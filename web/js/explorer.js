@@ -17,13 +17,9 @@
     return node;
   }
 
-  // The reading order of the glove the sample session was recorded with; the library itself
-  // only sees x0..x11.
-  const CHANNELS = [
-    'thumb rotation', 'thumb base', 'thumb tip', 'index base', 'index–middle spread',
-    'index middle joint', 'middle base', 'middle–ring spread', 'middle middle joint',
-    'ring', 'ring–little spread', 'little',
-  ];
+  // The readings' names, in the order the hands expect them (quil_reading); filled in when the
+  // library has loaded.
+  let CHANNELS = [];
   const POSES = {
     Open: [8, 6, 5, 4, 14, 5, 3, 10, 4, 4, 12, 5],
     Fist: [48, 52, 62, 86, 3, 96, 88, 2, 98, 92, 3, 90],
@@ -37,8 +33,8 @@
   };
   const hsl = ([h, s, l], dl = 0) => `hsl(${h} ${s}% ${Math.max(20, Math.min(78, l + dl))}%)`;
   const GROUP_COLOURS = Object.fromEntries(GROUPS.map((g) => [g, hsl(GROUP_HSL[g])]));
-  // The finger each reading of the sample session's glove belongs to.
-  const CHANNEL_FINGER = ['thumb', 'thumb', 'thumb', 'index', 'index', 'index', 'middle', 'middle', 'middle', 'ring', 'ring', 'little'];
+  // The finger each reading belongs to (quil_reading), filled in with CHANNELS.
+  let CHANNEL_FINGER = [];
 
   // A colour per series, by finger, lighter and darker within a finger.
   function seriesColours(groups) {
@@ -142,7 +138,8 @@
       });
       const drop = el('input', { type: 'checkbox', id: `dropout-${i}`, 'aria-label': `drop x${i}` });
       const row = el('div', { class: 'slider-row', dataset: { channel: i } },
-        el('label', { for: `reading-${i}`, class: 'channel', style: `--finger:${GROUP_COLOURS[CHANNEL_FINGER[i]]}` },
+        el('label', { for: `reading-${i}`, class: 'channel', style: `--finger:${GROUP_COLOURS[CHANNEL_FINGER[i]]}`,
+          title: `x${i} ${S.readingInfo[i].name}, in ${S.readingInfo[i].unit}: ${S.readingInfo[i].meaning}` },
           el('span', { class: 'channel-id' }, `x${i}`),
           el('span', { class: 'channel-name' }, CHANNELS[i])),
         range, number,
@@ -256,12 +253,13 @@
         el('h3', {}, el('span', { class: 'group-name' }, g), el('span', { class: 'muted' }, ` ${slots.length} slot${slots.length > 1 ? 's' : ''}`)),
         rows);
       for (const s of slots) {
+        const facts = S.info.slots[s.slot];
         const fill = el('div', { class: 'fill', style: `background:${colours[s.slot]}` });
         const value = el('span', { class: 'value' }, '–');
-        const row = el('div', { class: 'target', dataset: { slot: s.slot, role: s.role } },
+        const row = el('div', { class: 'target', dataset: { slot: s.slot, role: s.role, kind: facts.kind }, title: slotTooltip(s.slot, facts) },
           el('span', { class: 'slot' }, String(s.slot)),
-          el('span', { class: 'role', title: `slot ${s.slot}: ${s.role}` }, String(s.role).replace(/_/g, ' ')),
-          el('div', { class: 'track' }, el('div', { class: 'zero' }), fill),
+          el('span', { class: 'role' }, String(s.role).replace(/_/g, ' ')),
+          el('div', { class: 'track' }, rangeBand(facts), el('div', { class: 'zero' }), fill),
           value);
         row.addEventListener('mouseenter', () => { S.highlight = s.slot; drawPlot(); });
         row.addEventListener('mouseleave', () => { S.highlight = -1; drawPlot(); });
@@ -270,6 +268,24 @@
       }
       box.append(card);
     }
+  }
+
+  // What the library says of a slot, as the bar's tooltip.
+  function slotTooltip(slot, f) {
+    const lines = [`slot ${slot}: ${f.role} (${f.kind.replace('_', ' ')})`, f.meaning];
+    if (f.kind === 'follower') lines.push(`= ${f.relation}${f.departs ? ` (not ${f.departs})` : ''}`);
+    else if (Number.isFinite(f.value)) lines.push(`held at ${QuilSession.formatNumber(f.value)}`);
+    lines.push(`range ${QuilSession.formatNumber(f.range[0])} … ${QuilSession.formatNumber(f.range[1])}` +
+      (f.sign ? `, ${f.sign < 0 ? 'more negative' : 'more positive'} as its finger bends` : ''));
+    if (f.movedBy.length) lines.push(`moved by ${f.movedBy.map((r) => `x${r} ${CHANNELS[r]}`).join(', ')}`);
+    return lines.join('\n');
+  }
+
+  // The slot's range over the library's sweep, as a faint band behind its bar.
+  function rangeBand(f) {
+    const at = (v) => 50 + (Math.max(-BAR_RANGE, Math.min(BAR_RANGE, v)) / BAR_RANGE) * 50;
+    const lo = at(f.range[0]), hi = at(f.range[1]);
+    return el('div', { class: 'range', style: `left:${lo}%;width:${Math.max(0.6, hi - lo)}%` });
   }
 
   function showTargets(targets) {
@@ -761,6 +777,9 @@
   window.quilReady.then((api) => {
     S.api = api;
     S.hands = api.hands();
+    S.readingInfo = api.readings();
+    CHANNELS = S.readingInfo.map((r) => r.name.replace(/_/g, ' '));
+    CHANNEL_FINGER = S.readingInfo.map((r) => r.finger);
     $('lib-version').textContent = api.version;
     buildHandPicker();
     buildSliders();

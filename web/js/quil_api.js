@@ -1,7 +1,10 @@
 // The hand API of the WebAssembly library, for the page, for tests and for power users:
 //
 //   const api = await window.quilReady;
-//   api.hands()                    -> [{name, version, keepsState, persistentBuffer, slotRoles}]
+//   api.hands()                    -> [{name, version, keepsState, persistentBuffer, slotRoles, slots}]
+//                                     slots[s]: {role, meaning, kind, follows, relation, departs,
+//                                     value, sign, range: [min, max], movedBy, negativeZero}
+//   api.readings()                 -> [{name, finger, motion, unit, meaning, hands}] for x0..x11
 //   const hand = api.open('RUIYAN_RY_H15');
 //   hand.map([x0, ..., x11])       -> 24 targets (an Array of numbers)
 //   hand.mapMany(rows)             -> Float64Array of n*24 targets for n*12 readings, in order
@@ -24,6 +27,13 @@
   const INFO_KEEPS_STATE = 8;
   const INFO_PERSISTENT = 12;
   const INFO_ROLES = 16;
+
+  // quil_slot_info on wasm32 (pointers and ints 4 bytes, doubles 8 and 8-aligned).
+  const SLOT = { role: 0, meaning: 4, kind: 8, follows: 12, relation: 20, departs: 24, value: 32, sign: 40,
+    rangeMin: 48, rangeMax: 56, movedBy: 64, negativeZero: 68 };
+  const KINDS = ['joint', 'follower', 'fixed', 'unused', 'terminator', 'gesture_code'];
+  // quil_reading_info on wasm32: name, finger, motion, unit, meaning, hands.
+  const READING = { name: 0, finger: 4, motion: 8, unit: 12, meaning: 16, hands: 20 };
 
   // The saved state record of api/hand.cpp (little-endian).
   const STATE_DROPOUT = 40;
@@ -50,16 +60,51 @@
     const u32 = (ptr) => M.HEAPU32[ptr >>> 2];
     const i32 = (ptr) => M.HEAP32[ptr >>> 2];
 
+    const f64 = (ptr) => M.HEAPF64[ptr >>> 3];
+
+    function slotAt(info, s) {
+      const p = M._quil_hand_slot(info, s);
+      const movedBy = [];
+      for (let r = 0; r < READINGS; r++) if ((u32(p + SLOT.movedBy) >>> r) & 1) movedBy.push(r);
+      return {
+        role: str(u32(p + SLOT.role)),
+        meaning: str(u32(p + SLOT.meaning)),
+        kind: KINDS[i32(p + SLOT.kind)],
+        follows: [i32(p + SLOT.follows), i32(p + SLOT.follows + 4)].filter((f) => f >= 0),
+        relation: str(u32(p + SLOT.relation)),
+        departs: str(u32(p + SLOT.departs)),
+        value: f64(p + SLOT.value),
+        sign: i32(p + SLOT.sign),
+        range: [f64(p + SLOT.rangeMin), f64(p + SLOT.rangeMax)],
+        movedBy,
+        negativeZero: i32(p + SLOT.negativeZero) !== 0,
+      };
+    }
+
     function infoAt(ptr) {
       const slotRoles = [];
-      for (let s = 0; s < TARGETS; s++) slotRoles.push(str(u32(ptr + INFO_ROLES + 4 * s)));
+      const slots = [];
+      for (let s = 0; s < TARGETS; s++) {
+        slotRoles.push(str(u32(ptr + INFO_ROLES + 4 * s)));
+        slots.push(slotAt(ptr, s));
+      }
       return {
         name: str(u32(ptr + INFO_NAME)),
         version: str(u32(ptr + INFO_VERSION)),
         keepsState: i32(ptr + INFO_KEEPS_STATE) !== 0,
         persistentBuffer: i32(ptr + INFO_PERSISTENT) !== 0,
         slotRoles,
+        slots,
       };
+    }
+
+    const readingInfos = [];
+    for (let r = 0; r < READINGS; r++) {
+      const p = M._quil_reading(r);
+      readingInfos.push({
+        name: str(u32(p + READING.name)), finger: str(u32(p + READING.finger)), motion: str(u32(p + READING.motion)),
+        unit: str(u32(p + READING.unit)), meaning: str(u32(p + READING.meaning)), hands: u32(p + READING.hands),
+      });
     }
 
     const catalogue = [];
@@ -68,7 +113,10 @@
       const info = infoAt(ptr);
       catalogue.push(info);
     }
-    const copyInfo = (info) => Object.assign({}, info, { slotRoles: info.slotRoles.slice() });
+    const copyInfo = (info) => Object.assign({}, info, {
+      slotRoles: info.slotRoles.slice(),
+      slots: info.slots.map((s) => Object.assign({}, s, { follows: s.follows.slice(), range: s.range.slice(), movedBy: s.movedBy.slice() })),
+    });
 
     const stateSize = M._quil_hand_state_size();
 
@@ -213,6 +261,7 @@
       DROPOUT_PASS: 'pass',
       DROPOUT_HOLD: 'hold',
       hands: () => catalogue.map(copyInfo),
+      readings: () => readingInfos.map((r) => Object.assign({}, r)),
       hand: (name) => {
         const ptr = withCString(name, (p) => M._quil_hand_find(p));
         return ptr ? infoAt(ptr) : null;

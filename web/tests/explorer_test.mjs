@@ -197,6 +197,35 @@ try {
     }
   });
 
+  await check('every slot says what the native library says, and its bar shows it', async () => {
+    const hands = await page.evaluate(async () => (await window.quilReady).hands());
+    const lines = readFileSync(join(out, 'native', 'slots.tsv'), 'utf8').trim().split('\n');
+    assert(lines.length === 24 * nativeHands.length, `${lines.length} native slot lines`);
+    const num = (t) => (t === 'nan' || t === '-nan' ? NaN : Number(t));
+    const same = (a, b) => Object.is(a, b) || (Number.isNaN(a) && Number.isNaN(b)) || a === b;
+    for (const line of lines) {
+      const [name, slot, role, kind, relation, departs, value, sign, min, max, movedBy] = line.split('\t');
+      const f = hands.find((h) => h.name === name).slots[Number(slot)];
+      const moved = f.movedBy.reduce((m, r) => m | (1 << r), 0);
+      assert(f.role === role && f.kind === kind && f.relation === relation && f.departs === departs &&
+        same(f.value, num(value)) && f.sign === Number(sign) && same(f.range[0], num(min)) &&
+        same(f.range[1], num(max)) && moved === Number(movedBy), `${name} slot ${slot}: ${JSON.stringify(f)} vs ${line}`);
+    }
+    const readings = await page.evaluate(async () => (await window.quilReady).readings());
+    assert(readings.length === 12 && readings.every((r) => r.unit === 'degrees'), 'twelve readings in degrees');
+    const label = await page.$eval('label[for="reading-3"] .channel-name', (e) => e.textContent);
+    assert(label === readings[3].name.replace(/_/g, ' '), `slider x3 is labelled ${label}`);
+    const hand = await page.$eval('#hand-select', (e) => e.value);
+    const h = hands.find((x) => x.name === hand);
+    const follower = h.slots.findIndex((f) => f.kind === 'follower');
+    if (follower >= 0) {
+      const tip = await page.$eval(`.target[data-slot="${follower}"]`, (e) => e.title);
+      assert(tip.includes(h.slots[follower].relation), `the tooltip of slot ${follower} lacks its relation: ${tip}`);
+    }
+    const bands = await page.$$eval('.target .track .range', (b) => b.length);
+    assert(bands === 24, `${bands} range bands`);
+  });
+
   // Both entry points (one sample at a time, and many at once from a Float64Array) against the
   // native handle, with both dropout policies; the saved state after the last sample too.
   const mapped = await page.evaluate(async ({ samplesB64, names }) => {

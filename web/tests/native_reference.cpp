@@ -7,7 +7,9 @@
 // READINGS.f64 holds n samples of 12 little-endian doubles. For each hand H and policy P
 // (pass, hold) it writes OUT_DIR/H.P.f64 with n rows of 24 doubles and OUT_DIR/H.P.state, the
 // handle's saved state after the last sample, and it lists the hands, one
-// "name<TAB>version<TAB>keeps_state<TAB>roles..." line each, in OUT_DIR/hands.tsv.
+// "name<TAB>version<TAB>keeps_state<TAB>roles..." line each, in OUT_DIR/hands.tsv, and what the
+// library says of every slot, one "name<TAB>slot<TAB>role<TAB>kind<TAB>relation<TAB>departs<TAB>
+// value<TAB>sign<TAB>min<TAB>max<TAB>moved_by" line each, in OUT_DIR/slots.tsv.
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -42,10 +44,18 @@ int main(int argc, char** argv) {
     const std::size_t n = readings.size() / 12;
     const std::string dir = argv[2];
 
-    std::string table;
+    std::string table, slots;
     std::vector<double> targets(n * 24);
     for (std::size_t i = 0; i < quil_hand_count(); ++i) {
         const quil_hand_info* info = quil_hand_at(i);
+        for (std::size_t s = 0; s < 24; ++s) {
+            const quil_slot_info* f = quil_hand_slot(info, s);
+            char numbers[160];
+            std::snprintf(numbers, sizeof numbers, "%.17g\t%d\t%.17g\t%.17g\t%u", f->value, f->sign, f->range_min,
+                          f->range_max, f->moved_by);
+            slots += std::string(info->name) + "\t" + std::to_string(s) + "\t" + f->role + "\t" +
+                     quil_slot_kind_name(f->kind) + "\t" + f->relation + "\t" + f->departs + "\t" + numbers + "\n";
+        }
         table += std::string(info->name) + "\t" + info->version + "\t" + (info->keeps_state ? "1" : "0");
         for (const char* role : info->slot_roles) table += std::string("\t") + role;
         table += "\n";
@@ -73,5 +83,6 @@ int main(int argc, char** argv) {
         }
     }
     if (!write_file(dir + "/hands.tsv", table.data(), table.size())) return 3;
+    if (!write_file(dir + "/slots.tsv", slots.data(), slots.size())) return 3;
     return 0;
 }
