@@ -5,11 +5,8 @@ Twenty seconds at 100 Hz (2000 samples): open hand, a slow fist, open, a pinch o
 index finger, open, a pinch of thumb and middle finger, open. Columns: time_s, then the
 twelve glove readings x0..x11 in degrees, two decimals, as a glove recorder writes them.
 
-The glove's reading order assumed here (the library itself only sees x0..x11):
-  x0 thumb rotation across the palm   x1 thumb base flexion     x2 thumb tip flexion
-  x3 index base flexion               x4 index-middle spread    x5 index middle-joint flexion
-  x6 middle base flexion              x7 middle-ring spread     x8 middle middle-joint flexion
-  x9 ring flexion                     x10 ring-little spread    x11 little flexion
+The readings are in the order and unit every hand expects them: see the readings table in the
+README, quil_linear.readings() or quil-retarget --help (x0 thumb_base ... x11 little_bend).
 
 Poses change with a smooth (cosine) ease; on top come a slow drift, a faint physiological
 tremor and sensor noise, all from a fixed seed, so the file is the same on every run.

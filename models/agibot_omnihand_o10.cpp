@@ -39,20 +39,9 @@ QUIL_DEFINE_COEFFICIENTS(AgiBot_OmniHand_O10, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
-namespace {
-// The thumb tip rebuilt from the thumb's proximal joint at 0.9 (single precision), at most -75 deep.
-double tip_from_proximal(const double* t) {
-    double v = t[1] * double(0.9f);
-    if (v < -75) v = -75;
-    return v;
-}
-}  // namespace
-
-constexpr quil::SlotRelation kTipFromProximal =
-    quil::follows_by_rule(2, 1, tip_from_proximal, "max(slot 1 * 0.9f, -75)");
 // Finger tips at 0.8 of their distal joints; the thumb tip follows the thumb's proximal joint at 0.9.
 const quil::SlotDeclaration quil::hands::AgiBot_OmniHand_O10_slots = quil::kTipsAtEightTenths
-    .plus(kTipFromProximal);
+    .plus(quil::kThumbTipFollowsProximal);
 
 namespace {
 

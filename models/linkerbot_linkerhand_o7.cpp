@@ -16,21 +16,10 @@
 
 QUIL_DEFINE_COEFFICIENTS(LINKERBOT_LinkerHand_O7, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
-namespace {
-// The thumb tip rebuilt from the thumb's proximal joint at 0.9 (single precision), at most -75 deep.
-double tip_from_proximal(const double* t) {
-    double v = t[1] * double(0.9f);
-    if (v < -75) v = -75;
-    return v;
-}
-}  // namespace
-
-constexpr quil::SlotRelation kTipFromProximal =
-    quil::follows_by_rule(2, 1, tip_from_proximal, "max(slot 1 * 0.9f, -75)");
 // The finger tips keep the unshaped row, so they are joints of their own; the thumb tip follows the
 // thumb's proximal joint at 0.9.
 const quil::SlotDeclaration quil::hands::LINKERBOT_LinkerHand_O7_slots = quil::kNoFollowers
-    .plus(kTipFromProximal);
+    .plus(quil::kThumbTipFollowsProximal);
 
 namespace {
 

@@ -33,21 +33,12 @@ QUIL_DEFINE_COEFFICIENTS(QUIL_linear_AA, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
-// The thumb rotation is rebuilt from the thumb tip, then mirrored.
-constexpr quil::SlotRelation kRotationFromTip = [] {
-    quil::SlotRelation r;
-    r.slot = 20;
-    r.source[0] = 2;
-    r.scale[0] = 0.5;
-    r.offset = -5.0;
-    r.negated = true;
-    return r;
-}();
+
 // Finger tips at 0.8 of their distal joints, the middle spread set between the index and ring
 // spreads, and the thumb rotation rebuilt from the thumb tip as 0.5 * tip - 5 (then mirrored).
 const quil::SlotDeclaration quil::hands::QUIL_linear_AA_slots = quil::kTipsAtEightTenths
     .plus(quil::middle_spread_between(0.18, 0.3))
-    .plus(kRotationFromTip);
+    .plus(quil::rotation_follows_thumb_tip(0.5, -5.0));
 
 namespace {
 

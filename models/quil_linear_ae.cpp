@@ -33,16 +33,7 @@ QUIL_DEFINE_COEFFICIENTS(QUIL_linear_AE, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
-// The thumb rotation is rebuilt from the thumb tip, then mirrored.
-constexpr quil::SlotRelation kRotationFromTip = [] {
-    quil::SlotRelation r;
-    r.slot = 20;
-    r.source[0] = 2;
-    r.scale[0] = 0.5;
-    r.offset = -5.0;
-    r.negated = true;
-    return r;
-}();
+
 namespace {
 // The thumb abduction as the tip steers it from its rest value of 30 (the row has no weights),
 // then mirrored.
@@ -66,7 +57,7 @@ constexpr quil::SlotRelation kAbductionFromTip = quil::follows_by_rule(
 // thumb abduction steered by the thumb tip.
 const quil::SlotDeclaration quil::hands::QUIL_linear_AE_slots = quil::kTipsAtEightTenths
     .plus(quil::middle_spread_between(0.18, 0.3))
-    .plus(kRotationFromTip)
+    .plus(quil::rotation_follows_thumb_tip(0.5, -5.0))
     .plus(kAbductionFromTip);
 
 namespace {

@@ -72,6 +72,17 @@ constexpr SlotRelation middle_spread_between(double index_gain, double ring_gain
     return r;
 }
 
+// The thumb rotation rebuilt from the thumb tip as share * tip + offset, then mirrored.
+constexpr SlotRelation rotation_follows_thumb_tip(double share, double offset) {
+    SlotRelation r;
+    r.slot = 20;
+    r.source[0] = 2;
+    r.scale[0] = share;
+    r.offset = offset;
+    r.negated = true;
+    return r;
+}
+
 // A follower given by a rule of the hand's own.
 constexpr SlotRelation follows_by_rule(int slot, int source, double (*rule)(const double*), const char* text) {
     SlotRelation r;
@@ -81,6 +92,15 @@ constexpr SlotRelation follows_by_rule(int slot, int source, double (*rule)(cons
     r.rule_text = text;
     return r;
 }
+
+// The thumb tip rebuilt from the thumb's proximal joint at 0.9 (single precision), at most -75 deep.
+inline double thumb_tip_from_proximal(const double* t) {
+    double v = t[1] * double(0.9f);
+    if (v < -75) v = -75;
+    return v;
+}
+constexpr SlotRelation kThumbTipFollowsProximal =
+    follows_by_rule(2, 1, thumb_tip_from_proximal, "max(slot 1 * 0.9f, -75)");
 
 constexpr std::size_t kMaxFollowers = 8;
 

@@ -67,16 +67,8 @@ json readings_json(const quil_hand_info& h) {
     return all;
 }
 
-// A number in the shortest text that reads back to it, "-0" kept.
-std::string shortest(double v) {
-    char buf[40];
-    for (int precision = 1; precision <= 17; ++precision) {
-        std::snprintf(buf, sizeof buf, "%.*g", precision, v);
-        if (std::strtod(buf, nullptr) == v && (std::strchr(buf, 'e') == nullptr || precision == 17)) return buf;
-    }
-    std::snprintf(buf, sizeof buf, "%.17g", v);
-    return buf;
-}
+// A number in the shortest text that reads back to it, as JSON writes it ("-90.0", "-0.0").
+std::string shortest(double v) { return json(v).dump(); }
 
 // Names in a recording may be in any encoding; bytes that are not UTF-8 are replaced.
 std::string dump(const json& j) { return j.dump(2, ' ', false, json::error_handler_t::replace) + "\n"; }
