@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <system_error>
+#include <utility>
 
 namespace quil::retarget {
 
@@ -135,9 +136,12 @@ InputFile::InputFile(const std::string& path) {
     }
 }
 
+InputFile::InputFile(std::string name, const char* data, std::size_t size)
+    : name_(std::move(name)), size_(static_cast<std::int64_t>(size)), memory_(data ? data : "") {}
+
 bool InputFile::is_same_file(const std::string& path) const {
     struct stat st;
-    if (size_ < 0 || path.empty() || path == "-" || ::stat(path.c_str(), &st) != 0) return false;
+    if (memory_ || size_ < 0 || path.empty() || path == "-" || ::stat(path.c_str(), &st) != 0) return false;
     return st.st_dev == device_ && st.st_ino == inode_;
 }
 
@@ -146,6 +150,12 @@ InputFile::~InputFile() {
 }
 
 std::ptrdiff_t InputFile::read(char* into, std::size_t n) {
+    if (memory_) {
+        const std::size_t got = static_cast<std::size_t>(std::min<std::uint64_t>(n, size_ - memory_at_));
+        if (got) std::memcpy(into, memory_ + memory_at_, got);
+        memory_at_ += got;
+        return static_cast<std::ptrdiff_t>(got);
+    }
     for (;;) {
         const ssize_t got = ::read(fd_, into, n);
         if (got >= 0) return got;
@@ -167,6 +177,14 @@ std::ptrdiff_t InputFile::read_full(char* into, std::size_t n) {
 }
 
 bool InputFile::read_at(char* into, std::size_t n, std::uint64_t offset) {
+    if (memory_) {
+        if (offset > static_cast<std::uint64_t>(size_) || n > size_ - offset) {
+            error_ = "cannot read '" + name_ + "': it ends at byte offset " + std::to_string(size_);
+            return false;
+        }
+        if (n) std::memcpy(into, memory_ + offset, n);
+        return true;
+    }
     std::size_t have = 0;
     while (have < n) {
         const ssize_t got = ::pread(fd_, into + have, n - have, static_cast<off_t>(offset + have));

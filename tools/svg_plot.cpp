@@ -56,6 +56,7 @@ std::string fmt(const char* format, ...) {
 }
 
 std::string short_number(double v) {
+    if (v == 0) v = 0.0;  // a slot held at zero reads "0", whichever zero the hand gave
     char buf[32];
     std::snprintf(buf, sizeof buf, "%.6g", v);
     return buf;
@@ -242,7 +243,8 @@ std::string SessionPlot::svg(const Labels& labels) const {
     // Let the time axis start and end on ticks (0 to 20 s rather than 0 to 19.99 s).
     xa.lo = std::floor(xa.lo / xa.step + 1e-9) * xa.step;
     xa.hi = std::ceil(xa.hi / xa.step - 1e-9) * xa.step;
-    const std::string x_title = use_time ? labels.time_name : "sample";
+    const std::string x_title =
+        !use_time ? "sample" : labels.time_unit.empty() ? labels.time_name : labels.time_name + " (" + labels.time_unit + ")";
 
     std::array<bool, kOutputs> flat_target;
     for (int s = 0; s < kOutputs; ++s) flat_target[s] = samples_ > 0 && constant_[kInputs + s];
@@ -290,7 +292,15 @@ std::string SessionPlot::svg(const Labels& labels) const {
                      "<text x=\"%.1f\" y=\"%.1f\" text-anchor=\"end\">%.*f</text>\n",
                      r.left, py(t), r.right, py(t), r.left - 5, py(t) + 4, ya.decimals, shown);
         }
-        for (double t = std::ceil(xa.lo / xa.step) * xa.step; t <= xa.hi + xa.step * 1e-9; t += xa.step) {
+        // A narrow chart labels every second (or fifth, ...) tick, so that long labels, such as
+        // a recorder's clock in milliseconds, never run into each other.
+        int widest = 1;
+        for (double t : {xa.lo, xa.hi}) widest = std::max(widest, std::snprintf(nullptr, 0, "%.*f", xa.decimals, t));
+        const double label_px = widest * 6.6 + 10, tick_px = xa.step / (xa.hi - xa.lo) * (r.right - r.left);
+        double xstep = xa.step;
+        for (double k : {2.0, 5.0, 10.0, 20.0, 50.0, 100.0})
+            if (xstep / xa.step * tick_px < label_px) xstep = xa.step * k;
+        for (double t = std::ceil(xa.lo / xstep - 1e-9) * xstep; t <= xa.hi + xstep * 1e-9; t += xstep) {
             const double shown = std::fabs(t) < xa.step * 1e-9 ? 0.0 : t;
             s += fmt("<line x1=\"%.1f\" y1=\"%.1f\" x2=\"%.1f\" y2=\"%.1f\" stroke=\"#e2e2e2\"/>"
                      "<text x=\"%.1f\" y=\"%.1f\" text-anchor=\"middle\">%.*f</text>\n",
