@@ -546,7 +546,8 @@ int run_map(const MapOptions& o, std::FILE* err) {
         labels.title = std::string(hand_info.name) + " " + hand_info.version;
         labels.source = in.name();
         labels.time_name = info.has_time ? info.time_name : "";
-        if (time_unit) labels.time_unit = time_unit_name(time_unit->unit);
+        // The axis names the unit, unless the column's own name already does (time_ms).
+        if (time_unit && time_unit->from != TimeUnitChoice::From::name) labels.time_unit = time_unit_name(time_unit->unit);
         labels.input_names = info.input_names;
         for (int i = 0; i < 24; ++i) labels.roles[i] = hand_info.slot_roles[i];
         const std::string svg = plot->svg(labels);

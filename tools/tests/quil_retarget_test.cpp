@@ -461,6 +461,9 @@ TEST(Csv, MalformedInputStopsAtItsPlace) {
          "bad.csv:2:7: text after the closing quote of a field", 1},
         {"npy given as csv", std::string("\x93NUMPY\x01\x00v\x00{", 11), 1,
          "bad.csv:1:1: this is a NumPy file, not CSV (read it with --from npy)", -1},
+        {"a time over twelve fields", "\"Time (ms)\",x1,x2,x3,x4,x5,x6,x7,x8,x9,x10,x11\n" + row12 + "\n", 1,
+         "bad.csv:1:1: the heading names field 1 \"Time (ms)\" as a time, but has 12 fields", -1},
+        {"a clock over twelve fields", "timestamp;a;b;c;d;e;f;g;h;i;j;k\n" + row12 + "\n", 1, "as a time, but has 12", -1},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -583,6 +586,22 @@ TEST(Outputs, EmptyInputsAreRefusedAndNamed) {
         EXPECT_EQ(r.out, "");
         EXPECT_FALSE(exists("e.npy"));
     }
+    // Text read as raw doubles is refused before a row of nonsense is written, from a file or
+    // a pipe; so is a file of absurd doubles that is not a whole number of records.
+    write_file("text.txt", "0.1 0.2 0.3 0.4 0.5 0.6 0.7 0.8 0.9 1.0 1.1 1.2\n0.1 0.2 0.3 0.4 0.5 0.6 0.7 0.8 0.9 1 1 1\n");
+    std::string absurd(96 + 50, '\0');
+    const double huge = 3e250;
+    std::memcpy(&absurd[16], &huge, 8);
+    write_file("absurd.f64", absurd);
+    for (const Result& r : {run("map -m QUIL_linear_AA --from f64 text.txt -o t.csv"),
+                            run_piped("map -m QUIL_linear_AA --from f64 -o t.csv", "text.txt"),
+                            run("map -m QUIL_linear_AA absurd.f64 -o t.csv")}) {
+        EXPECT_EQ(r.status, 1);
+        EXPECT_TRUE(r.err.find("byte offset 0: this is text (\"0.1 0.2 0.3") != std::string::npos ||
+                    r.err.find("absurd.f64: byte offset 0: not raw doubles of glove readings: 146 bytes") != std::string::npos)
+            << r.err;
+        EXPECT_FALSE(exists("t.csv"));
+    }
     // Truncated f64: the whole records are written, the place of the rest is named.
     write_file("cut.f64", std::string(96 * 2 + 40, '\0'));
     const Result cut = run("map -m QUIL_linear_AA cut.f64 -o cut.npy");
@@ -647,13 +666,95 @@ TEST(Records, MetaAndDescribeTellTheHandAndTheRun) {
     }
 }
 
+// A run that fails, at its first row or later, leaves a --meta that says so, never the record
+// of an earlier successful run beside files it did not write.
+TEST(Records, AFailedRunLeavesNoRecordClaimingSuccess) {
+    const std::string good = "t,x0,x1,x2,x3,x4,x5,x6,x7,x8,x9,x10,x11\n0,1,2,3,4,5,6,7,8,9,10,11,12\n";
+    std::vector<std::vector<double>> rows(20, std::vector<double>(12, 10.0));
+    const std::string npy = npy_file(rows, 12, "<f8", false, 1);
+    struct Case {
+        const char* name;
+        std::string input, args;
+        int status;
+        const char* message;
+        std::uint64_t rows_written;
+    } cases[] = {
+        {"decimal commas", "x0;x1;x2;x3;x4;x5;x6;x7;x8;x9;x10;x11\n1,5;2;3;4;5;6;7;8;9;10;11;12\n", "", 1, "decimal commas", 0},
+        {"truncated npy", npy.substr(0, npy.size() - 500), "--from npy", 1, "short data", 14},
+        {"missing state", good, "--state-in no-such-state", 3, "cannot open 'no-such-state'", 0},
+        {"empty", "", "", 1, "no samples", 0},
+        {"foreign state", good, "--state-in st.bin", 4, "cannot continue from the state", 0},
+    };
+    {
+        quil_linear::Hand other("CHOHO_Hand");
+        const std::vector<std::uint8_t> st = other.state();
+        write_file("st.bin", std::string(st.begin(), st.end()));
+    }
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        write_file("fine.csv", good);
+        ASSERT_EQ(run("map -m RUIYAN_RY_H15 fine.csv -o out.csv --meta out.json").status, 0);
+        ASSERT_EQ(nlohmann::json::parse(read_file("out.json"))["complete"], true);
+        write_file("in.dat", c.input);
+        const Result r = run("map -m RUIYAN_RY_H15 in.dat -o out.csv --meta out.json " + c.args);
+        EXPECT_EQ(r.status, c.status) << r.err;
+        EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
+        const auto meta = nlohmann::json::parse(read_file("out.json"));
+        EXPECT_EQ(meta["complete"], false);
+        EXPECT_EQ(meta["exit_status"], c.status);
+        EXPECT_NE(meta["error"].get<std::string>().find(c.message), std::string::npos);
+        EXPECT_EQ(meta["output"]["rows_written"], c.rows_written);
+        EXPECT_EQ(meta["output"].value("written", true), c.rows_written > 0);
+        EXPECT_EQ(meta["input"]["path"], "in.dat");
+    }
+}
+
+// What --meta counts and how a time column's unit is found, labelled and recorded.
+TEST(Records, DropoutsAndTimeUnitsAreCounted) {
+    std::string ms = "\"Timestamp\",\"Thumb\",\"Index\",x2,x3,x4,x5,x6,x7,x8,x9,x10,x11,\n";
+    for (int r = 0; r < 50; ++r) {
+        ms += std::to_string(1715000000000LL + 10 * r) + (r % 7 == 3 ? ",nan" : ",20") + ",30,40,50,60,70,80,90,100,5,6,7,\n";
+    }
+    write_file("ms.csv", ms);
+    struct Case {
+        std::string args;
+        const char* unit;
+        bool noted;
+        const char* axis;
+    } cases[] = {
+        {"", "ms", true, ">Timestamp (ms)<"},
+        {"--time-unit us", "us", false, ">Timestamp (us)<"},
+        {"--time-unit s -q", "s", false, ">Timestamp (s)<"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.args);
+        const Result r = run("map -m CHOHO_Hand ms.csv -o o.csv --meta o.json --plot o.svg " + c.args);
+        ASSERT_EQ(r.status, 0) << r.err;
+        const auto meta = nlohmann::json::parse(read_file("o.json"));
+        EXPECT_EQ(meta.value("time_unit", ""), c.unit);
+        EXPECT_EQ(meta.contains("time_unit_note"), c.noted);
+        EXPECT_EQ(r.err.find("10 apart, so it is read as milliseconds") != std::string::npos, c.noted) << r.err;
+        // Under the default policy the dropped readings reach the hand as they are, and are counted.
+        EXPECT_EQ(meta["dropout"], "pass");
+        EXPECT_EQ(meta.value("/nonfinite_readings/count"_json_pointer, -1), 7);
+        EXPECT_EQ(meta.value("/nonfinite_readings/per_channel/0"_json_pointer, -1), 7);
+        EXPECT_NE(read_file("o.svg").find(c.axis), std::string::npos);
+    }
+    // A name that states the unit is taken at its word, without a note.
+    write_file("named.csv", "time_ms,x0,x1,x2,x3,x4,x5,x6,x7,x8,x9,x10,x11\n0,1,2,3,4,5,6,7,8,9,10,11,12\n");
+    const Result named = run("map -m CHOHO_Hand named.csv -o o.csv --meta o.json");
+    EXPECT_EQ(nlohmann::json::parse(read_file("o.json")).value("time_unit", ""), "ms");
+    EXPECT_EQ(named.err, "");
+    EXPECT_EQ(run("map -m CHOHO_Hand named.csv --time-unit min").status, 2);
+}
+
 TEST(CommandLine, RefusesBeforeAnyWork) {
     const Result list = run("list");
     EXPECT_EQ(list.status, 0);
     EXPECT_EQ(split(list.out, '\n').size(), quil_hand_count() + 1);
     write_file("s.csv", "1,2,3,4,5,6,7,8,9,10,11,12\n");
     struct Case {
-        const char* args;
+        std::string args;
         int status;
         const char* message;
         const char* env;
@@ -667,6 +768,14 @@ TEST(CommandLine, RefusesBeforeAnyWork) {
         {"map -m QUIL_linear_AA s.csv -o x.out --plot p.pdf", 2, "cannot draw 'p.pdf'", ""},
         {"map -m QUIL_linear_AA s.csv -o x.out --plot p.png", 2, "a .png plot needs rsvg-convert", "PATH=/nonexistent"},
         {"map -m QUIL_linear_AA s.csv -o s.csv", 2, "refusing to write 's.csv': it is the input", ""},
+        // Two files of one run in one place: the later would replace the earlier.
+        {"map -m QUIL_linear_AA s.csv -o x.out --meta x.out", 2, "the output and --meta both to 'x.out'", ""},
+        {"map -m QUIL_linear_AA s.csv -o x.out --state-out ./x.out", 2, "the output and --state-out both", ""},
+        {"map -m QUIL_linear_AA s.csv -o x.out --plot p.svg --meta ../" + g_dir.substr(g_dir.rfind('/') + 1) + "/p.svg", 2,
+         "--meta and --plot both to", ""},
+        {"map -m QUIL_linear_AA s.csv --meta -", 2, "the output and --meta both to '-'", ""},
+        {"map -m QUIL_linear_AA s.csv -o x.out --state-in st --state-out st --meta st", 2, "--meta and --state-out both", ""},
+        {"map -m QUIL_linear_AA s.csv -o st --state-in st", 2, "refusing to write the output to 'st': it is the --state-in file", ""},
         {"map -m QUIL_linear_AA s.csv --to npy -o /dev/null", 2, "cannot write npy to '/dev/null'", ""},
         {"map -m QUIL_linear_AA --from f64 --to npy -o /dev/null", 2, "cannot write npy to '/dev/null': its header states the row count", ""},
         {"map -m QUIL_linear_AA s.csv -o x.out --state-in nothing", 3, "cannot open 'nothing'", ""},
@@ -680,6 +789,7 @@ TEST(CommandLine, RefusesBeforeAnyWork) {
         EXPECT_EQ(r.status, c.status) << r.err;
         EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
         EXPECT_FALSE(exists("x.out"));
+        EXPECT_FALSE(exists("p.svg"));
     }
     const Result help = run("map --help");
     EXPECT_EQ(help.status, 0);
