@@ -473,6 +473,7 @@ int run_map(const MapOptions& o, std::FILE* err) {
         time_unit = choose_time_unit(o.time_unit, info.time_name, block.t.data(),
                                      so.time_numbers == TimeNumbers::none ? 0 : block.rows);
         // Without a plot or a record the unit is not used, so no guess is announced.
+        if (!time_unit->note.empty()) time_unit->note += " (--time-unit s|ms|us to say otherwise)";
         if (!time_unit->note.empty() && !o.quiet && so.time_numbers != TimeNumbers::none) say(err, "note: " + time_unit->note);
     }
 

@@ -7,7 +7,9 @@
 #include <cerrno>
 #include <algorithm>
 #include <charconv>
+#include <cctype>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <system_error>
@@ -24,6 +26,24 @@ bool parse_number(std::string_view text, double& value) {
         if (first == last || *first == '+' || *first == '-') return false;
     }
     if (first == last) return false;
+#if !defined(__cpp_lib_to_chars)
+    // A C++ library without floating-point from_chars (the browser build's): strtod, kept to
+    // from_chars's notations, no leading blanks and no hexadecimal.
+    {
+        const char* digits = first + (*first == '-' ? 1 : 0);
+        if (std::isspace(static_cast<unsigned char>(*first)) || digits == last ||
+            (last - digits >= 2 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X')))
+            return false;
+        char copy[512];
+        const std::size_t n = static_cast<std::size_t>(last - first);
+        if (n >= sizeof copy || std::memchr(first, '\0', n)) return false;
+        std::memcpy(copy, first, n);
+        copy[n] = '\0';
+        char* end = nullptr;
+        value = std::strtod(copy, &end);
+        return end == copy + n;
+    }
+#else
     const auto [ptr, ec] = std::from_chars(first, last, value);
     if (ptr != last) return false;
     if (ec == std::errc()) return true;
@@ -37,6 +57,7 @@ bool parse_number(std::string_view text, double& value) {
     copy[n] = '\0';
     value = std::strtod(copy, nullptr);
     return true;
+#endif
 }
 
 namespace {
@@ -44,7 +65,7 @@ namespace {
 // Writes the significant digits `digits` (no leading or trailing zeros), worth
 // d1.d2d3... x 10^exp10, in fixed or scientific notation, whichever is shorter, fixed on a tie:
 // the layout std::to_chars gives the shortest form.
-char* lay_out(char* out, bool negative, const char* digits, int n, int exp10) {
+[[maybe_unused]] char* lay_out(char* out, bool negative, const char* digits, int n, int exp10) {
     if (negative) *out++ = '-';
     const int exp_digits = std::abs(exp10) >= 100 ? 3 : 2;
     const int sci_len = n + (n > 1 ? 1 : 0) + 2 + exp_digits;
@@ -80,6 +101,16 @@ char* lay_out(char* out, bool negative, const char* digits, int n, int exp10) {
 
 }  // namespace
 
+#if !defined(__cpp_lib_to_chars)
+// Without floating-point to_chars: the fewest significant digits that read back exactly.
+char* format_number(char* out, double value) {
+    for (int digits = 1; digits <= 17; ++digits) {
+        const int n = std::snprintf(out, kMaxNumberText, "%.*g", digits, value);
+        if (!std::isfinite(value) || std::strtod(out, nullptr) == value) return out + n;
+    }
+    return out + std::snprintf(out, kMaxNumberText, "%.17g", value);
+}
+#else
 char* format_number(char* out, double value) {
     if (!std::isfinite(value) || value == 0.0) return std::to_chars(out, out + kMaxNumberText, value).ptr;
     const bool negative = std::signbit(value);
@@ -104,6 +135,7 @@ char* format_number(char* out, double value) {
     // Longer ones: the library's own shortest form, which is quick for these.
     return std::to_chars(out, out + kMaxNumberText, value).ptr;
 }
+#endif
 
 namespace {
 std::string describe_errno(int err) { return std::strerror(err); }

@@ -83,7 +83,7 @@ TimeUnitChoice choose_time_unit(std::optional<TimeUnit> given, const std::string
     }
     const std::string about = "the time column '" + time_name + "' does not name its unit";
     if (steps.empty()) {
-        c.note = about + "; read as seconds (--time-unit s|ms|us to say otherwise)";
+        c.note = about + "; read as seconds";
         return c;
     }
     std::nth_element(steps.begin(), steps.begin() + steps.size() / 2, steps.end());
@@ -93,9 +93,15 @@ TimeUnitChoice choose_time_unit(std::optional<TimeUnit> given, const std::string
     char text[40];
     std::snprintf(text, sizeof text, "%g", step);
     const char* unit_words = c.unit == TimeUnit::s ? "seconds" : c.unit == TimeUnit::ms ? "milliseconds" : "microseconds";
-    c.note = about + "; its samples are " + text + " apart, so it is read as " + unit_words +
-             " (--time-unit s|ms|us to say otherwise)";
+    c.note = about + "; its samples are " + text + " apart, so it is read as " + unit_words;
     return c;
+}
+
+std::vector<double> SessionData::seconds() const {
+    std::vector<double> out(times);
+    if (time_unit && time_unit->unit != TimeUnit::s)
+        for (double& t : out) t = to_seconds(t, time_unit->unit);
+    return out;
 }
 
 std::string no_rows_message(const std::string& name, Format format) {
@@ -122,6 +128,12 @@ bool read_session(InputFile& in, Format format, std::optional<TimeUnit> unit, Se
         status = source->next(block);
         s.readings.insert(s.readings.end(), block.x.begin(), block.x.begin() + block.rows * 12);
         s.times.insert(s.times.end(), block.t.begin(), block.t.begin() + block.rows);
+        if (source->info().time_as_text && source->info().has_time) {
+            for (std::size_t r = 0; r < block.rows; ++r) {
+                s.time_text += block.time_of(r);
+                s.time_end.push_back(s.time_text.size());
+            }
+        }
     } while (status == Source::Status::more);
     s.info = source->info();
     if (!s.info.has_time) s.times.clear();
@@ -129,9 +141,6 @@ bool read_session(InputFile& in, Format format, std::optional<TimeUnit> unit, Se
         const std::size_t first = std::min<std::size_t>(s.times.size(), Block::kRows);
         s.time_unit = choose_time_unit(unit, s.info.time_name, s.times.data(), first);
         if (!s.time_unit->note.empty()) s.notes.push_back(s.time_unit->note);
-        const TimeUnit u = s.time_unit->unit;
-        if (u != TimeUnit::s)
-            for (double& t : s.times) t = to_seconds(t, u);
     }
     if (status == Source::Status::bad_data || status == Source::Status::io_error) {
         error = source->error();

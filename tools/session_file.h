@@ -26,7 +26,8 @@ double to_seconds(double t, TimeUnit u);              // t / 1, t / 1000, t / 10
 struct TimeUnitChoice {
     TimeUnit unit = TimeUnit::s;
     enum class From { given, name, steps, assumed } from = From::assumed;
-    std::string note;  // a sentence for the user when the unit was guessed, else ""
+    std::string note;  // a sentence for the user when the unit was guessed, else "" (each
+                       // front-end adds how to say otherwise)
 };
 // `times` are the first samples' times as numbers (NaN where a time is not one).
 TimeUnitChoice choose_time_unit(std::optional<TimeUnit> given, const std::string& time_name,
@@ -39,10 +40,14 @@ struct SessionData {
     Format format = Format::csv;
     SourceInfo info;
     std::vector<double> readings;      // row-major, 12 per row
-    std::vector<double> times;         // seconds, one per row, when info.has_time
+    std::vector<double> times;         // one per row as the file has them, when info.has_time
+    std::string time_text;             // CSV times as written, back to back (for copying them out)
+    std::vector<std::size_t> time_end; // where each row's time text ends
     std::optional<TimeUnitChoice> time_unit;  // when info.has_time
     std::vector<std::string> notes;    // what the reader decided for the user (units, ...)
     std::uint64_t rows() const { return readings.size() / 12; }
+    // The times in seconds, by the unit chosen for the column (empty without one).
+    std::vector<double> seconds() const;
 };
 
 // Reads all of `in` in format `format`; `unit` is what the time column is in, when known.

@@ -57,7 +57,7 @@ void bind_session(py::module_& m) {
             d["format"] = format_name(f);
             d["readings"] = adopt(std::move(s.readings), {static_cast<py::ssize_t>(rows), 12});
             if (s.info.has_time) {
-                d["times"] = adopt(std::move(s.times), {static_cast<py::ssize_t>(rows)});
+                d["times"] = adopt(s.seconds(), {static_cast<py::ssize_t>(rows)});
                 d["time_unit"] = time_unit_name(s.time_unit->unit);
                 d["time_name"] = s.info.time_name;
             } else {
@@ -69,7 +69,7 @@ void bind_session(py::module_& m) {
             for (const std::string& n : s.info.input_names) names.append(n);
             d["names"] = names;
             py::list notes;
-            for (const std::string& n : s.notes) notes.append(n);
+            for (const std::string& n : s.notes) notes.append(n + " (time_unit=\"s\", \"ms\" or \"us\" to say otherwise)");
             d["notes"] = notes;
             d["error"] = ok ? py::object(py::none()) : py::object(py::str(error));
             d["io_error"] = io_error;

@@ -722,9 +722,9 @@ TEST(Records, DropoutsAndTimeUnitsAreCounted) {
         bool noted;
         const char* axis;
     } cases[] = {
-        {"", "ms", true, ">Timestamp (ms)<"},
-        {"--time-unit us", "us", false, ">Timestamp (us)<"},
-        {"--time-unit s -q", "s", false, ">Timestamp (s)<"},
+        {"", "ms", true, ">Timestamp (ms) from 1715000000000<"},
+        {"--time-unit us", "us", false, ">Timestamp (us) from 1715000000000<"},
+        {"--time-unit s -q", "s", false, ">Timestamp (s) from 1715000000000<"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.args);
