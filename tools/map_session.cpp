@@ -304,10 +304,14 @@ bool render_png(const std::string& converter, const std::string& svg, const std:
 }
 
 // Where a path leads: the file's identity when it exists, else its directory's real path and
-// its name, so "out.csv", "./out.csv" and "dir/../out.csv" are one place.
+// its name, so "out.csv", "./out.csv" and "dir/../out.csv" are one place. A device such as
+// /dev/null may take several outputs: each gets a place of its own.
 std::string place_of(const std::string& path) {
     struct stat st;
-    if (::stat(path.c_str(), &st) == 0) return "#" + std::to_string(st.st_dev) + ":" + std::to_string(st.st_ino);
+    if (::stat(path.c_str(), &st) == 0) {
+        if (S_ISCHR(st.st_mode)) return "device " + std::to_string(reinterpret_cast<std::uintptr_t>(&path));
+        return "#" + std::to_string(st.st_dev) + ":" + std::to_string(st.st_ino);
+    }
     const std::size_t slash = path.find_last_of('/');
     const std::string dir = slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
     const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);

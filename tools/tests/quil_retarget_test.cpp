@@ -746,6 +746,8 @@ TEST(Records, DropoutsAndTimeUnitsAreCounted) {
     EXPECT_EQ(nlohmann::json::parse(read_file("o.json")).value("time_unit", ""), "ms");
     EXPECT_EQ(named.err, "");
     EXPECT_EQ(run("map -m CHOHO_Hand named.csv --time-unit min").status, 2);
+    // A device takes as many outputs as a run has.
+    EXPECT_EQ(run("map -m CHOHO_Hand named.csv -o /dev/null --meta /dev/null").status, 0);
 }
 
 TEST(CommandLine, RefusesBeforeAnyWork) {
