@@ -379,6 +379,7 @@ int run_map(const MapOptions& o, std::FILE* err) {
 
     // A run that stops before its first row writes no output, but its --meta says that it
     // failed and why, so the record of an earlier run is never left beside it looking valid.
+    // (Only after the checks above: until then --meta may name a file it must not touch.)
     SourceInfo no_info;
     SkippedRows no_skips;
     std::unique_ptr<Source> source;
@@ -415,7 +416,7 @@ int run_map(const MapOptions& o, std::FILE* err) {
     const std::string default_dropout = o.dropout && *o.dropout == QUIL_DROPOUT_HOLD ? "hold" : "pass";
     auto fail = [&](int exit, const std::string& message) {
         say(err, message);
-        if (!o.meta.empty() && exit != kExitUsage) write_meta(exit, message, 0, {}, false, default_dropout);
+        if (!o.meta.empty()) write_meta(exit, message, 0, {}, false, default_dropout);
         return exit;
     };
 
@@ -456,10 +457,10 @@ int run_map(const MapOptions& o, std::FILE* err) {
     // An npy header states its row count: on an output that cannot be rewritten afterwards,
     // the count must be certain before the first row.
     if (o.to == Format::npy && !OutputFile::would_be_seekable(o.output) && !source->info().known_rows) {
-        say(err, "cannot write npy to " + (o.output.empty() || o.output == "-" ? std::string("a pipe") : "'" + o.output + "'") +
-                     ": its header states the row count, known beforehand only for an f64 or npy input read "
-                     "from a file; write to a regular file instead");
-        return kExitUsage;
+        return fail(kExitUsage, "cannot write npy to " +
+                                    (o.output.empty() || o.output == "-" ? std::string("a pipe") : "'" + o.output + "'") +
+                                    ": its header states the row count, known beforehand only for an f64 or npy input "
+                                    "read from a file; write to a regular file instead");
     }
 
     // The first rows are read before any output exists, so an input that is wrong from its

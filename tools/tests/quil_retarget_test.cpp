@@ -684,6 +684,7 @@ TEST(Records, AFailedRunLeavesNoRecordClaimingSuccess) {
         {"missing state", good, "--state-in no-such-state", 3, "cannot open 'no-such-state'", 0},
         {"empty", "", "", 1, "no samples", 0},
         {"foreign state", good, "--state-in st.bin", 4, "cannot continue from the state", 0},
+        {"npy to a device", good, "--to npy -o /dev/null", 2, "cannot write npy to '/dev/null'", 0},
     };
     {
         quil_linear::Hand other("CHOHO_Hand");
@@ -696,7 +697,8 @@ TEST(Records, AFailedRunLeavesNoRecordClaimingSuccess) {
         ASSERT_EQ(run("map -m RUIYAN_RY_H15 fine.csv -o out.csv --meta out.json").status, 0);
         ASSERT_EQ(nlohmann::json::parse(read_file("out.json"))["complete"], true);
         write_file("in.dat", c.input);
-        const Result r = run("map -m RUIYAN_RY_H15 in.dat -o out.csv --meta out.json " + c.args);
+        const std::string output = c.args.find(" -o ") == std::string::npos ? " -o out.csv" : "";
+        const Result r = run("map -m RUIYAN_RY_H15 in.dat --meta out.json " + c.args + output);
         EXPECT_EQ(r.status, c.status) << r.err;
         EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
         const auto meta = nlohmann::json::parse(read_file("out.json"));
@@ -706,6 +708,7 @@ TEST(Records, AFailedRunLeavesNoRecordClaimingSuccess) {
         EXPECT_EQ(meta["output"]["rows_written"], c.rows_written);
         EXPECT_EQ(meta["output"].value("written", true), c.rows_written > 0);
         EXPECT_EQ(meta["input"]["path"], "in.dat");
+        EXPECT_EQ(read_file("in.dat"), c.input);
     }
 }
 

@@ -184,7 +184,7 @@ TEST(Plot, TickLabelsKeepApartAndZeroHasNoSign) {
         for (int s = 0; s < 24; ++s) labels.roles[s] = std::string(groups[s % 6]) + "_" + std::to_string(s);
         const std::string svg = plot.svg(labels);
         EXPECT_NE(svg.find(clock.axis), std::string::npos);
-        EXPECT_NE(svg.find("5  thumb_5 = 0<"), std::string::npos);
+        EXPECT_NE(svg.find(">5  wrist_5 = 0<"), std::string::npos);
         EXPECT_EQ(svg.find("= -0"), std::string::npos);
         const std::regex tick("<text x=\"([0-9.]+)\" y=\"([0-9.]+)\" text-anchor=\"middle\">([-0-9.]+)</text>");
         std::map<std::string, std::vector<std::pair<double, std::size_t>>> rows;
