@@ -482,6 +482,9 @@ int run_map(const MapOptions& o, std::FILE* err) {
         if (!time_unit->note.empty() && !o.quiet && so.time_numbers != TimeNumbers::none) say(err, "note: " + time_unit->note);
     }
 
+    const std::string radians = radians_note(block.x.data(), block.rows);
+    if (!radians.empty() && !o.quiet) say(err, "note: " + radians);
+
     StateOut state_out;
     OutputFile out, svg_file;
     std::string plot_temp_check;

@@ -104,6 +104,21 @@ std::vector<double> SessionData::seconds() const {
     return out;
 }
 
+std::string radians_note(const double* x, std::size_t rows) {
+    if (rows < 10) return "";
+    double widest = 0;
+    for (std::size_t k = 0; k < rows * 12; ++k) {
+        if (!std::isfinite(x[k])) continue;
+        const double a = std::fabs(x[k]);
+        if (a > 6.2832) return "";
+        widest = std::max(widest, a);
+    }
+    if (widest < 0.5) return "";
+    return "every reading of the first " + std::to_string(rows) +
+           " samples lies within 2 pi of zero: if the glove records radians, convert them to degrees, "
+           "which the hands take";
+}
+
 std::string no_rows_message(const std::string& name, Format format) {
     return name + ": no samples: the input holds no " +
            (format == Format::csv ? "rows (only blank lines, comments or a heading, or nothing)"
@@ -142,6 +157,8 @@ bool read_session(InputFile& in, Format format, std::optional<TimeUnit> unit, Se
         s.time_unit = choose_time_unit(unit, s.info.time_name, s.times.data(), first);
         if (!s.time_unit->note.empty()) s.notes.push_back(s.time_unit->note);
     }
+    const std::string radians = radians_note(s.readings.data(), std::min<std::size_t>(s.rows(), Block::kRows));
+    if (!radians.empty()) s.notes.push_back(radians);
     if (status == Source::Status::bad_data || status == Source::Status::io_error) {
         error = source->error();
         io_error = status == Source::Status::io_error;

@@ -57,6 +57,10 @@ struct SessionData {
 bool read_session(InputFile& in, Format format, std::optional<TimeUnit> unit, SessionData& session,
                   std::string& error, bool& io_error);
 
+// A note when the first samples look like angles in radians (every reading within ±2π, some
+// beyond ±0.5, over ten samples or more): the hands take degrees. "" otherwise.
+std::string radians_note(const double* readings, std::size_t rows);
+
 // The message for an input that holds no rows at all.
 std::string no_rows_message(const std::string& name, Format format);
 

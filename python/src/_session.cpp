@@ -69,7 +69,10 @@ void bind_session(py::module_& m) {
             for (const std::string& n : s.info.input_names) names.append(n);
             d["names"] = names;
             py::list notes;
-            for (const std::string& n : s.notes) notes.append(n + " (time_unit=\"s\", \"ms\" or \"us\" to say otherwise)");
+            for (const std::string& n : s.notes) {
+                const bool about_time = s.time_unit && n == s.time_unit->note;
+                notes.append(about_time ? n + " (time_unit=\"s\", \"ms\" or \"us\" to say otherwise)" : n);
+            }
             d["notes"] = notes;
             d["error"] = ok ? py::object(py::none()) : py::object(py::str(error));
             d["io_error"] = io_error;

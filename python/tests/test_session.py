@@ -58,6 +58,7 @@ def test_every_dialect_reads_as_the_tool_reads_it(tmp_path, case):
     else:
         assert same_bits(s.times, times)
     assert any("milliseconds" in n for n in s.notes) == guessed
+    assert any("radians" in n for n in s.notes) == (name == "research.txt")
     if TOOL.exists():  # the tool maps the same file to what the package's Hand maps from these readings
         out = tmp_path / "t.npy"
         subprocess.run([str(TOOL), "map", "-m", "CHOHO_Hand", str(path), "-o", str(out), "-q"], check=True)

@@ -749,6 +749,14 @@ TEST(Records, DropoutsAndTimeUnitsAreCounted) {
     EXPECT_EQ(nlohmann::json::parse(read_file("o.json")).value("time_unit", ""), "ms");
     EXPECT_EQ(named.err, "");
     EXPECT_EQ(run("map -m CHOHO_Hand named.csv --time-unit min").status, 2);
+    // Readings in radians are converted as they are, with a note that the hands take degrees.
+    std::string radians;
+    for (int r = 0; r < 20; ++r) radians += "0.1 0.2 0.3 0.4 0.5 0.6 0.7 0.8 0.9 1.0 1.1 " + text(1.2 + r * 0.01) + "\n";
+    write_file("radians.txt", radians);
+    const Result rad = run("map -m CHOHO_Hand radians.txt -o o.csv");
+    EXPECT_EQ(rad.status, 0);
+    EXPECT_NE(rad.err.find("note: every reading of the first 20 samples lies within 2 pi of zero"), std::string::npos) << rad.err;
+    EXPECT_EQ(run("map -m CHOHO_Hand ms.csv -o o.csv").err, "");
     // A device takes as many outputs as a run has.
     EXPECT_EQ(run("map -m CHOHO_Hand named.csv -o /dev/null --meta /dev/null").status, 0);
 }

@@ -376,7 +376,8 @@
     S.mode = 'session';
     updateMode();
     showCursor();
-    if (data.notes.length) setStatus(`${name}: ${data.notes.join('; ')} (the time unit beside “Open session…” says otherwise)`, 'warn');
+    const notes = data.notes.map((n) => (/time column/.test(n) ? `${n} (the time unit beside “Open session…” says otherwise)` : n));
+    if (notes.length) setStatus(`${name}: ${notes.join('; ')}`, 'warn');
     else setStatus(`${S.hands.length} hands`, 'ok');
   }
 
