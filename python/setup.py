@@ -37,15 +37,19 @@ version = library_version()
 
 # The library as its own build compiles it (CMake's quil_linear_objects).
 library_sources = in_root("core/*.cpp", "models/*.cpp", "api/exports.cpp", "api/hand.cpp", "api/slot_facts.cpp")
+# quil-retarget's session readers, so read_session accepts exactly the files the tool accepts.
+reader_sources = in_root("tools/npy.cpp", "tools/retarget_io.cpp", "tools/session_source.cpp", "tools/session_file.cpp")
 # Headers and the symbol map: a change to any of them rebuilds the extension.
-depends = in_root("core/*.h", "models/*.h", "models/*.inc", "api/*.h", "include/quil_linear/*.h", "include/quil_linear/*.hpp")
+depends = in_root("core/*.h", "models/*.h", "models/*.inc", "api/*.h", "include/quil_linear/*.h",
+                  "include/quil_linear/*.hpp", "tools/npy.h", "tools/retarget_io.h", "tools/session_source.h",
+                  "tools/session_file.h")
 version_script = os.path.join("src", "extension.map")
 
 extension = Pybind11Extension(
     "quil_linear._core",
-    sources=[os.path.join("src", "_core.cpp")] + library_sources,
+    sources=[os.path.join("src", "_core.cpp"), os.path.join("src", "_session.cpp")] + library_sources + reader_sources,
     depends=depends + [version_script],
-    include_dirs=[root, os.path.join(root, "include")],
+    include_dirs=[root, os.path.join(root, "include"), os.path.join(root, "tools")],
     cxx_std=17,
     # Last on the command line, so they win over anything the environment's CFLAGS ask for.
     extra_compile_args=["-O2", "-fno-fast-math", "-ffp-contract=off"],

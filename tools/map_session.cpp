@@ -1,6 +1,8 @@
 #include "map_session.h"
 
 #include <fcntl.h>
+#include <limits.h>
+#include <stdlib.h>
 #include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -8,6 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -300,16 +303,28 @@ bool render_png(const std::string& converter, const std::string& svg, const std:
     return ok;
 }
 
+// Where a path leads: the file's identity when it exists, else its directory's real path and
+// its name, so "out.csv", "./out.csv" and "dir/../out.csv" are one place. A device such as
+// /dev/null may take several outputs: each gets a place of its own.
+std::string place_of(const std::string& path) {
+    struct stat st;
+    if (::stat(path.c_str(), &st) == 0) {
+        if (S_ISCHR(st.st_mode)) return "device " + std::to_string(reinterpret_cast<std::uintptr_t>(&path));
+        return "#" + std::to_string(st.st_dev) + ":" + std::to_string(st.st_ino);
+    }
+    const std::size_t slash = path.find_last_of('/');
+    const std::string dir = slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
+    const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+    char real[PATH_MAX];
+    if (!::realpath(dir.c_str(), real)) return path;
+    return std::string(real) + "/" + name;
+}
+
+bool is_stdout(const std::string& path) { return path.empty() || path == "-"; }
+
 void say(std::FILE* err, const std::string& message) { std::fprintf(err, "quil-retarget: %s\n", message.c_str()); }
 
 }  // namespace
-
-Format format_of_path(const std::string& path) {
-    const std::string e = lower_extension(path);
-    if (e == ".f64") return Format::f64;
-    if (e == ".npy") return Format::npy;
-    return Format::csv;
-}
 
 PlotKind plot_kind_of(const std::string& path) {
     const std::string e = lower_extension(path);
@@ -334,62 +349,154 @@ std::string find_on_path(const std::string& program) {
 
 int run_map(const MapOptions& o, std::FILE* err) {
     const quil_hand_info& hand_info = *o.hand;
+    // Every file a run writes is its own: one written over another would leave, say, the
+    // targets replaced by the JSON record and the run reporting success.
+    struct Written {
+        const char* what;
+        const std::string& path;
+    };
+    const Written written_files[] = {{"the output", o.output}, {"--meta", o.meta}, {"--plot", o.plot}, {"--state-out", o.state_out}};
+    for (std::size_t a = 0; a < std::size(written_files); ++a) {
+        const Written& wa = written_files[a];
+        if (wa.path.empty() && &wa.path != &o.output) continue;
+        for (std::size_t b = a + 1; b < std::size(written_files); ++b) {
+            const Written& wb = written_files[b];
+            if (wb.path.empty()) continue;
+            const bool same = is_stdout(wa.path) || is_stdout(wb.path) ? is_stdout(wa.path) && is_stdout(wb.path)
+                                                                        : place_of(wa.path) == place_of(wb.path);
+            if (same)
+                return say(err, std::string("refusing to write ") + wa.what + " and " + wb.what + " both to '" +
+                                    (is_stdout(wb.path) ? "-" : wb.path) + "': every file a run writes must be its own"),
+                       kExitUsage;
+        }
+        // The saved state is read before anything is written, but nothing may overwrite it
+        // except the state that carries on from it.
+        if (!o.state_in.empty() && &wa.path != &o.state_out && !is_stdout(wa.path) &&
+            place_of(wa.path) == place_of(o.state_in))
+            return say(err, std::string("refusing to write ") + wa.what + " to '" + wa.path + "': it is the --state-in file"),
+                   kExitUsage;
+    }
+
+    // A run that stops before its first row writes no output, but its --meta says that it
+    // failed and why, so the record of an earlier run is never left beside it looking valid.
+    // (Only after the checks above: until then --meta may name a file it must not touch.)
+    SourceInfo no_info;
+    SkippedRows no_skips;
+    std::unique_ptr<Source> source;
+    std::optional<TimeUnitChoice> time_unit;
+    std::array<std::uint64_t, 12> nonfinite{};
+    auto write_meta = [&](int exit, const std::string& error, std::uint64_t rows_written, const std::vector<std::string>& columns,
+                          bool time_written, const std::string& dropout) {
+        RunRecord record;
+        record.hand = &hand_info;
+        record.input = is_stdout(o.input) ? "-" : o.input;
+        record.output = is_stdout(o.output) ? "-" : o.output;
+        record.from = o.from;
+        record.to = o.to;
+        record.info = source ? &source->info() : &no_info;
+        record.rows_read = source ? source->rows_read() : 0;
+        record.rows_written = rows_written;
+        record.skipped = source ? &source->skipped() : &no_skips;
+        record.dropout = dropout;
+        record.time_written = time_written;
+        record.columns = columns;
+        record.state_in = o.state_in;
+        record.state_out = o.state_out;
+        record.plot = o.plot;
+        record.exit_status = exit;
+        record.error = error;
+        record.output_written = rows_written > 0 || exit == kExitOk || exit == kExitSkipped;
+        if (time_unit) record.time_unit = time_unit_name(time_unit->unit), record.time_unit_how = time_unit->note;
+        record.nonfinite = nonfinite;
+        OutputFile meta_file;
+        if (!meta_file.open(o.meta) || (meta_file.append(meta_json(record)), !meta_file.flush()))
+            return say(err, meta_file.error()), false;
+        return true;
+    };
+    const std::string default_dropout = o.dropout && *o.dropout == QUIL_DROPOUT_HOLD ? "hold" : "pass";
+    auto fail = [&](int exit, const std::string& message) {
+        say(err, message);
+        if (!o.meta.empty()) write_meta(exit, message, 0, {}, false, default_dropout);
+        return exit;
+    };
+
+    InputFile in(o.input);
+    for (const std::string* target : {&o.output, &o.plot, &o.meta, &o.state_out}) {
+        if (in.is_same_file(*target)) return say(err, "refusing to write '" + *target + "': it is the input"), kExitUsage;
+    }
+
     // The hand, from its start-up state or from a saved one; a state that does not fit stops
     // the run here, before anything is written.
     quil_linear::Hand hand(hand_info.name);
     if (!o.state_in.empty()) {
         std::string bytes, error;
-        if (!read_whole(o.state_in, bytes, error)) return say(err, error), kExitIo;
+        if (!read_whole(o.state_in, bytes, error)) return fail(kExitIo, error);
         const int rc = quil_hand_load_state(hand.get(), bytes.data(), bytes.size());
         if (rc != QUIL_OK) {
             std::string what = "cannot continue from the state in '" + o.state_in + "': " + quil_error_text(rc);
             if (const quil_hand_info* of = quil_state_hand(bytes.data(), bytes.size()))
                 what += std::string(": it is a state of ") + of->name + ", this run is for " + hand_info.name;
-            return say(err, what), kExitState;
+            return fail(kExitState, what);
         }
     }
     if (o.dropout) hand.set_dropout(static_cast<quil_linear::Dropout>(*o.dropout));
 
-    InputFile in(o.input);
-    if (!in.ok()) return say(err, in.error()), kExitIo;
-    for (const std::string* target : {&o.output, &o.plot, &o.meta, &o.state_out}) {
-        if (in.is_same_file(*target)) return say(err, "refusing to write '" + *target + "': it is the input"), kExitUsage;
-    }
+    if (!in.ok()) return fail(kExitIo, in.error());
 
     SourceOptions so;
     so.format = o.from;
     so.skip_bad = o.skip_bad;
-    so.time_numbers = o.to == Format::npy ? TimeNumbers::strict : o.plot.empty() ? TimeNumbers::none : TimeNumbers::lenient;
+    // Times as numbers for an npy output, and where the time column's unit matters: for the
+    // plot's axis and the record's unit.
+    so.time_numbers = o.to == Format::npy ? TimeNumbers::strict
+                      : o.plot.empty() && o.meta.empty() ? TimeNumbers::none : TimeNumbers::lenient;
     std::string error;
-    std::unique_ptr<Source> source = open_source(in, so, error);
-    if (!source) return say(err, error), in.ok() ? kExitBadData : kExitIo;
+    source = open_source(in, so, error);
+    if (!source) return fail(in.ok() ? kExitBadData : kExitIo, error);
 
     // An npy header states its row count: on an output that cannot be rewritten afterwards,
     // the count must be certain before the first row.
     if (o.to == Format::npy && !OutputFile::would_be_seekable(o.output) && !source->info().known_rows) {
-        say(err, "cannot write npy to " + (o.output.empty() || o.output == "-" ? std::string("a pipe") : "'" + o.output + "'") +
-                     ": its header states the row count, known beforehand only for an f64 or npy input read "
-                     "from a file; write to a regular file instead");
-        return kExitUsage;
+        return fail(kExitUsage, "cannot write npy to " +
+                                    (o.output.empty() || o.output == "-" ? std::string("a pipe") : "'" + o.output + "'") +
+                                    ": its header states the row count, known beforehand only for an f64 or npy input "
+                                    "read from a file; write to a regular file instead");
     }
 
     // The first rows are read before any output exists, so an input that is wrong from its
     // first line (decimal commas, a heading of the wrong width) leaves no output behind.
     Block block;
     Source::Status status = source->next(block);
-    if (block.rows == 0 && (status == Source::Status::bad_data || status == Source::Status::io_error)) {
-        say(err, source->error());
-        return status == Source::Status::bad_data ? kExitBadData : kExitIo;
-    }
+    if (block.rows == 0 && (status == Source::Status::bad_data || status == Source::Status::io_error))
+        return fail(status == Source::Status::bad_data ? kExitBadData : kExitIo, source->error());
+    // A session without a single sample is a mistake (a wrong file, a recording that never
+    // started), not a conversion.
+    if (block.rows == 0 && status == Source::Status::end && source->skipped().places.empty())
+        return fail(kExitBadData, no_rows_message(in.name(), o.from));
     const SourceInfo& info = source->info();
+    if (info.has_time) {
+        time_unit = choose_time_unit(o.time_unit, info.time_name, block.t.data(),
+                                     so.time_numbers == TimeNumbers::none ? 0 : block.rows);
+        // Without a plot or a record the unit is not used, so no guess is announced.
+        if (!time_unit->note.empty()) time_unit->note += " (--time-unit s|ms|us to say otherwise)";
+        if (!time_unit->note.empty() && !o.quiet && so.time_numbers != TimeNumbers::none) say(err, "note: " + time_unit->note);
+    }
+
+    const std::string radians = radians_note(block.x.data(), block.rows);
+    if (!radians.empty() && !o.quiet) say(err, "note: " + radians);
 
     StateOut state_out;
-    OutputFile out, svg_file, meta_file;
+    OutputFile out, svg_file;
     std::string plot_temp_check;
-    if (!state_out.open(o.state_out, error)) return say(err, error), kExitIo;
-    if (!o.meta.empty() && !meta_file.open(o.meta)) return say(err, meta_file.error()), kExitIo;
-    if (plot_kind_of(o.plot) == PlotKind::svg && !svg_file.open(o.plot)) return say(err, svg_file.error()), kExitIo;
-    if (!out.open(o.output)) return say(err, out.error()), kExitIo;
+    if (!state_out.open(o.state_out, error)) return fail(kExitIo, error);
+    if (!o.meta.empty()) {
+        // Opened before the first row, so an unwritable record stops the run before any work;
+        // rewritten with the outcome at the end.
+        OutputFile probe;
+        if (!probe.open(o.meta)) return say(err, probe.error()), kExitIo;
+    }
+    if (plot_kind_of(o.plot) == PlotKind::svg && !svg_file.open(o.plot)) return fail(kExitIo, svg_file.error());
+    if (!out.open(o.output)) return fail(kExitIo, out.error());
 
     std::unique_ptr<Sink> sink;
     if (o.to == Format::csv) sink = std::make_unique<CsvSink>(out, column_names(hand_info, o.header_roles));
@@ -410,6 +517,8 @@ int run_map(const MapOptions& o, std::FILE* err) {
             double* direct = sink->direct(block.rows);
             double* t = direct ? direct : targets.data();
             hand.map(block.x.data(), block.rows, t);
+            if (!o.meta.empty())
+                for (std::size_t k = 0; k < block.rows * 12; ++k) nonfinite[k % 12] += !std::isfinite(block.x[k]);
             if (plot) {
                 const bool timed = info.has_time;
                 for (std::size_t r = 0; r < block.rows; ++r)
@@ -446,6 +555,8 @@ int run_map(const MapOptions& o, std::FILE* err) {
         labels.title = std::string(hand_info.name) + " " + hand_info.version;
         labels.source = in.name();
         labels.time_name = info.has_time ? info.time_name : "";
+        // The axis names the unit, unless the column's own name already does (time_ms).
+        if (time_unit && time_unit->from != TimeUnitChoice::From::name) labels.time_unit = time_unit_name(time_unit->unit);
         labels.input_names = info.input_names;
         for (int i = 0; i < 24; ++i) labels.roles[i] = hand_info.slot_roles[i];
         const std::string svg = plot->svg(labels);
@@ -473,28 +584,12 @@ int run_map(const MapOptions& o, std::FILE* err) {
         if (!state_out.commit(hand.state(), error)) say(err, error), exit = kExitIo;
     }
     if (!o.meta.empty()) {
-        RunRecord record;
-        record.hand = &hand_info;
-        record.input = o.input.empty() || o.input == "-" ? "-" : o.input;
-        record.output = o.output.empty() || o.output == "-" ? "-" : o.output;
-        record.from = o.from;
-        record.to = o.to;
-        record.info = &info;
-        record.rows_read = source->rows_read();
-        record.rows_written = written;
-        record.skipped = &skipped;
-        record.dropout = hand.dropout() == quil_linear::Dropout::hold ? "hold" : "pass";
-        record.time_written = sink->time_written;
         // Column by column what the output holds: a consumer of an npy array reads it from here.
-        record.columns = column_names(hand_info, o.to == Format::csv && o.header_roles);
-        if (sink->time_written) record.columns.insert(record.columns.begin(), info.time_name);
-        record.state_in = o.state_in;
-        record.state_out = o.state_out;
-        record.plot = o.plot;
-        record.exit_status = exit;
-        record.error = failure.empty() ? sink_error : failure;
-        meta_file.append(meta_json(record));
-        if (!meta_file.flush()) say(err, meta_file.error()), exit = kExitIo;
+        std::vector<std::string> columns = column_names(hand_info, o.to == Format::csv && o.header_roles);
+        if (sink->time_written) columns.insert(columns.begin(), info.time_name);
+        if (!write_meta(exit, failure.empty() ? sink_error : failure, written, columns, sink->time_written,
+                        hand.dropout() == quil_linear::Dropout::hold ? "hold" : "pass"))
+            exit = kExitIo;
     }
     return exit;
 }

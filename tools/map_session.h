@@ -7,6 +7,7 @@
 #include <string>
 
 #include "quil_linear/hand.h"
+#include "session_file.h"
 #include "session_source.h"
 
 namespace quil::retarget {
@@ -33,15 +34,13 @@ struct MapOptions {
     std::string meta;    // JSON record of the run, "" for none
     std::string state_in, state_out;
     std::optional<int> dropout;  // QUIL_DROPOUT_..., when given
+    std::optional<TimeUnit> time_unit;  // what the time column is in, when given
     bool header_roles = false;   // CSV heading: slot roles instead of out0..out23
     bool skip_bad = false;
     bool progress = false;       // show the progress display on `err`
     bool quiet = false;          // no notes on `err`
     std::string rsvg_convert;    // the converter for PNG plots, found before the run
 };
-
-// The format a file name's extension stands for: .csv/.tsv/.txt, .f64, .npy; CSV otherwise.
-Format format_of_path(const std::string& path);
 
 // The plot kind a file name asks for; `none` for an extension the tool cannot draw.
 PlotKind plot_kind_of(const std::string& path);

@@ -23,9 +23,11 @@ using namespace quil::retarget;
 constexpr const char* kExitStatuses = R"(Exit status:
   0  every row converted
   1  bad data: a malformed row or number, a truncated f64 record, a NumPy header problem or
-     short NumPy data. The message names file:line:column, the byte offset or the header
-     problem; the rows before it are written (nothing at all when the first row is at fault)
-  2  bad command line, unknown hand, an output over the input, a plot that is neither .svg
+     short NumPy data, an input without a single sample, text read as f64. The message names
+     file:line:column, the byte offset or the header problem; the rows before it are written
+     (nothing at all when the first row is at fault, and --meta then says the run failed)
+  2  bad command line, unknown hand, an output over the input or over another file the run
+     writes (output, --meta, --plot, --state-out, --state-in), a plot that is neither .svg
      nor .png, a .png plot without rsvg-convert, an npy output whose row count cannot be known
   3  an input that cannot be read; an output, plot, meta or state file that cannot be written
   4  the --state-in file is not a state this hand can carry on from (another hand's, damaged,
@@ -39,7 +41,8 @@ constexpr const char* kMapFooter = R"(
 Formats: --from for the input, --to for the output, --format for both. When not given, each
 side goes by its file's extension (.csv .tsv .txt: csv, .f64: f64, .npy: npy), else csv.
   csv  fields separated by commas, semicolons or tabs (whichever the first line uses; with
-       none of them, by runs of spaces), 12 per row (x0..x11) or 13 with a time column first. The first line is a heading only when
+       none of them, by runs of spaces), 12 per row (x0..x11) or 13 with a time column first.
+       The first line is a heading only when
        none of its fields is a number in any notation. Numbers use a decimal point: a file
        with decimal commas is refused at its first row. nan and inf are read. Quoted fields
        are unquoted; one separator at the end of every line is allowed. Blank lines and lines
@@ -54,6 +57,8 @@ side goes by its file's extension (.csv .tsv .txt: csv, .f64: f64, .npy: npy), e
        pipe, the input must be an f64 or npy file, whose row count is known beforehand.
 
 Time column: carried csv->csv (as written), csv->npy (as a number), npy->csv and npy->npy.
+  Its unit (--time-unit s|ms|us; else the one its name states, else the one the step between
+  the first samples suggests, else seconds) labels the plot's time axis and is in --meta.
   f64 output cannot hold it (24 targets per sample): csv->f64 and npy->f64 leave it out and
   say so on standard error. f64 input has none.
 
@@ -126,7 +131,7 @@ int main(int argc, char** argv) {
 
     CLI::App* map = app.add_subcommand("map", "convert a session: readings in, joint targets out");
     map->footer(std::string(kMapFooter) + readings_text() + "\n" + kExitStatuses);
-    std::string model, input, output, from, to, format, header = "out", dropout, plot, meta, state_in, state_out;
+    std::string model, input, output, from, to, format, header = "out", dropout, plot, meta, state_in, state_out, time_unit;
     bool skip_bad = false, quiet = false;
     const auto formats = CLI::IsMember({"csv", "f64", "npy"}, CLI::ignore_case);
     map->add_option("-m,--model", model, "the hand, as 'list' names it; case does not matter")->required()->type_name("NAME");
@@ -141,6 +146,10 @@ int main(int argc, char** argv) {
                     "a NaN or infinite reading goes to the hand as it is (pass, the\n"
                     "exact mapping, the default) or holds the last finite one (hold)")
         ->transform(CLI::IsMember({"pass", "hold"}, CLI::ignore_case))->type_name("POLICY");
+    map->add_option("--time-unit", time_unit,
+                    "what the input's time column is in: s, ms or us (default: the unit\n"
+                    "its name states, as time_ms, else the one its steps suggest, with a note)")
+        ->transform(CLI::IsMember({"s", "ms", "us"}))->type_name("UNIT");
     map->add_option("--state-in", state_in, "start from the hand state saved in FILE")->type_name("FILE");
     map->add_option("--state-out", state_out, "save the hand state after the last row to FILE")->type_name("FILE");
     map->add_option("--meta", meta, "write a JSON record of the run: hand, versions, slot roles,\n"
@@ -191,6 +200,11 @@ int main(int argc, char** argv) {
     if (!dropout.empty()) o.dropout = dropout == "hold" ? QUIL_DROPOUT_HOLD : QUIL_DROPOUT_PASS;
     o.state_in = state_in;
     o.state_out = state_out;
+    if (!time_unit.empty()) {
+        TimeUnit u;
+        parse_time_unit(time_unit, u);
+        o.time_unit = u;
+    }
     o.meta = meta;
     o.plot = plot;
     o.skip_bad = skip_bad;

@@ -7,10 +7,13 @@
 #include <cerrno>
 #include <algorithm>
 #include <charconv>
+#include <cctype>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <system_error>
+#include <utility>
 
 namespace quil::retarget {
 
@@ -23,6 +26,24 @@ bool parse_number(std::string_view text, double& value) {
         if (first == last || *first == '+' || *first == '-') return false;
     }
     if (first == last) return false;
+#if !defined(__cpp_lib_to_chars)
+    // A C++ library without floating-point from_chars (the browser build's): strtod, kept to
+    // from_chars's notations, no leading blanks and no hexadecimal.
+    {
+        const char* digits = first + (*first == '-' ? 1 : 0);
+        if (std::isspace(static_cast<unsigned char>(*first)) || digits == last ||
+            (last - digits >= 2 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X')))
+            return false;
+        char copy[512];
+        const std::size_t n = static_cast<std::size_t>(last - first);
+        if (n >= sizeof copy || std::memchr(first, '\0', n)) return false;
+        std::memcpy(copy, first, n);
+        copy[n] = '\0';
+        char* end = nullptr;
+        value = std::strtod(copy, &end);
+        return end == copy + n;
+    }
+#else
     const auto [ptr, ec] = std::from_chars(first, last, value);
     if (ptr != last) return false;
     if (ec == std::errc()) return true;
@@ -36,6 +57,7 @@ bool parse_number(std::string_view text, double& value) {
     copy[n] = '\0';
     value = std::strtod(copy, nullptr);
     return true;
+#endif
 }
 
 namespace {
@@ -43,7 +65,7 @@ namespace {
 // Writes the significant digits `digits` (no leading or trailing zeros), worth
 // d1.d2d3... x 10^exp10, in fixed or scientific notation, whichever is shorter, fixed on a tie:
 // the layout std::to_chars gives the shortest form.
-char* lay_out(char* out, bool negative, const char* digits, int n, int exp10) {
+[[maybe_unused]] char* lay_out(char* out, bool negative, const char* digits, int n, int exp10) {
     if (negative) *out++ = '-';
     const int exp_digits = std::abs(exp10) >= 100 ? 3 : 2;
     const int sci_len = n + (n > 1 ? 1 : 0) + 2 + exp_digits;
@@ -79,6 +101,16 @@ char* lay_out(char* out, bool negative, const char* digits, int n, int exp10) {
 
 }  // namespace
 
+#if !defined(__cpp_lib_to_chars)
+// Without floating-point to_chars: the fewest significant digits that read back exactly.
+char* format_number(char* out, double value) {
+    for (int digits = 1; digits <= 17; ++digits) {
+        const int n = std::snprintf(out, kMaxNumberText, "%.*g", digits, value);
+        if (!std::isfinite(value) || std::strtod(out, nullptr) == value) return out + n;
+    }
+    return out + std::snprintf(out, kMaxNumberText, "%.17g", value);
+}
+#else
 char* format_number(char* out, double value) {
     if (!std::isfinite(value) || value == 0.0) return std::to_chars(out, out + kMaxNumberText, value).ptr;
     const bool negative = std::signbit(value);
@@ -103,6 +135,7 @@ char* format_number(char* out, double value) {
     // Longer ones: the library's own shortest form, which is quick for these.
     return std::to_chars(out, out + kMaxNumberText, value).ptr;
 }
+#endif
 
 namespace {
 std::string describe_errno(int err) { return std::strerror(err); }
@@ -135,9 +168,12 @@ InputFile::InputFile(const std::string& path) {
     }
 }
 
+InputFile::InputFile(std::string name, const char* data, std::size_t size)
+    : name_(std::move(name)), size_(static_cast<std::int64_t>(size)), memory_(data ? data : "") {}
+
 bool InputFile::is_same_file(const std::string& path) const {
     struct stat st;
-    if (size_ < 0 || path.empty() || path == "-" || ::stat(path.c_str(), &st) != 0) return false;
+    if (memory_ || size_ < 0 || path.empty() || path == "-" || ::stat(path.c_str(), &st) != 0) return false;
     return st.st_dev == device_ && st.st_ino == inode_;
 }
 
@@ -146,6 +182,12 @@ InputFile::~InputFile() {
 }
 
 std::ptrdiff_t InputFile::read(char* into, std::size_t n) {
+    if (memory_) {
+        const std::size_t got = static_cast<std::size_t>(std::min<std::uint64_t>(n, size_ - memory_at_));
+        if (got) std::memcpy(into, memory_ + memory_at_, got);
+        memory_at_ += got;
+        return static_cast<std::ptrdiff_t>(got);
+    }
     for (;;) {
         const ssize_t got = ::read(fd_, into, n);
         if (got >= 0) return got;
@@ -167,6 +209,14 @@ std::ptrdiff_t InputFile::read_full(char* into, std::size_t n) {
 }
 
 bool InputFile::read_at(char* into, std::size_t n, std::uint64_t offset) {
+    if (memory_) {
+        if (offset > static_cast<std::uint64_t>(size_) || n > size_ - offset) {
+            error_ = "cannot read '" + name_ + "': it ends at byte offset " + std::to_string(size_);
+            return false;
+        }
+        if (n) std::memcpy(into, memory_ + offset, n);
+        return true;
+    }
     std::size_t have = 0;
     while (have < n) {
         const ssize_t got = ::pread(fd_, into + have, n - have, static_cast<off_t>(offset + have));

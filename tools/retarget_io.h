@@ -28,6 +28,9 @@ class InputFile {
   public:
     // Opens `path`; "-" or "" is standard input. On failure ok() is false and error() says why.
     explicit InputFile(const std::string& path);
+    // A file already in memory (as a browser hands over a dropped file), read under `name`; the
+    // bytes are not copied and must outlive this object.
+    InputFile(std::string name, const char* data, std::size_t size);
     ~InputFile();
     InputFile(const InputFile&) = delete;
     InputFile& operator=(const InputFile&) = delete;
@@ -57,6 +60,8 @@ class InputFile {
     std::string error_;
     std::int64_t size_ = -1;
     std::uint64_t device_ = 0, inode_ = 0;
+    const char* memory_ = nullptr;  // the bytes of an in-memory file, else null
+    std::uint64_t memory_at_ = 0;
 };
 
 // Splits an input into lines without holding more than one block of it.

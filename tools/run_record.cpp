@@ -96,9 +96,16 @@ std::string meta_json(const RunRecord& r) {
                    {"rows_written", r.rows_written},
                    {"columns", r.columns},
                    {"time_column_written", r.time_written}};
+    j["output"]["written"] = r.output_written;
     j["rows_skipped"] = {{"count", skipped.places.size()}, {"places", places}};
     j["dropout"] = r.dropout;
+    // Dropped glove channels, whatever the dropout policy made of them.
+    std::uint64_t nonfinite = 0;
+    for (std::uint64_t n : r.nonfinite) nonfinite += n;
+    j["nonfinite_readings"] = {{"count", nonfinite}, {"per_channel", r.nonfinite}};
     j["time_column"] = r.info->has_time ? json(r.info->time_name) : json(nullptr);
+    j["time_unit"] = r.info->has_time && !r.time_unit.empty() ? json(r.time_unit) : json(nullptr);
+    if (!r.time_unit_how.empty()) j["time_unit_note"] = r.time_unit_how;
     j["state_in"] = nullable(r.state_in);
     j["state_out"] = nullable(r.state_out);
     j["plot"] = nullable(r.plot);

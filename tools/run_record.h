@@ -2,6 +2,7 @@
 // description of a hand (describe --json).
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -24,6 +25,9 @@ struct RunRecord {
     std::string state_in, state_out, plot;
     int exit_status = 0;
     std::string error;
+    bool output_written = true;        // false when the run stopped before creating its output
+    std::string time_unit, time_unit_how;  // the time column's unit; the note when it was guessed
+    std::array<std::uint64_t, 12> nonfinite{};  // NaN or infinite readings per channel x0..x11
 };
 
 std::string meta_json(const RunRecord& record);

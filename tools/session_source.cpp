@@ -17,6 +17,34 @@ const char* format_name(Format f) {
     return "?";
 }
 
+Format format_of_path(const std::string& path) {
+    const std::size_t slash = path.find_last_of('/');
+    const std::size_t dot = path.find_last_of('.');
+    if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return Format::csv;
+    std::string e = path.substr(dot);
+    for (char& c : e) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return e == ".f64" ? Format::f64 : e == ".npy" ? Format::npy : Format::csv;
+}
+
+bool names_time(std::string_view name) {
+    std::string word;
+    char prev = 0;
+    for (char ch : name) {
+        const unsigned char c = static_cast<unsigned char>(ch);
+        // The first word: up to a non-letter, or a capital after a small letter (timeMs).
+        if (!std::isalpha(c) || (std::isupper(c) && !word.empty() && std::islower(static_cast<unsigned char>(prev)))) {
+            if (!word.empty()) break;
+            if (!std::isalpha(c)) continue;
+        }
+        word += static_cast<char>(std::tolower(c));
+        prev = ch;
+    }
+    for (const char* w : {"t", "time", "times", "timestamp", "timestamps", "ts", "stamp", "elapsed", "clock", "sec",
+                          "secs", "seconds", "ms", "msec", "millis", "milliseconds", "us", "usec", "micros"})
+        if (word == w) return true;
+    return false;
+}
+
 bool looks_numeric(std::string_view s) {
     if (!s.empty() && (s[0] == '+' || s[0] == '-')) s.remove_prefix(1);
     if (s.empty()) return false;
@@ -214,6 +242,14 @@ bool CsvSource::first_line(std::string_view line, bool& is_heading, std::string&
                 " fields; expected 12 (x0..x11) or 13 (a time column, then x0..x11)";
         return false;
     }
+    // Twelve fields led by a time: the recording lacks a reading (or the time column is
+    // unexpected), and reading the times as x0 would drive a finger with the clock.
+    if (n == 12 && names_time(f_[0].text())) {
+        error = place(f_[0].col) + ": the heading names field 1 \"" + std::string(f_[0].text()) +
+                "\" as a time, but has 12 fields: a time column takes 13 (the time, then x0..x11); "
+                "rename it if it is a glove reading";
+        return false;
+    }
     heading_fields_ = n;
     const std::size_t first_x = n - 12;
     info_.has_time = n == 13;
@@ -309,6 +345,10 @@ bool CsvSource::read_row(Block& b, std::string_view line, std::string& error, bo
             if (options_.time_numbers == TimeNumbers::strict) {
                 error = place(fd.col) + ": " + field_name(0) + ": \"" + std::string(t) +
                         "\" is not a number, and the output holds times as numbers";
+                if (t.find(',') != std::string_view::npos && looks_numeric(t)) {
+                    error += " (decimal commas: write numbers with a decimal point, 1.5 not 1,5)";
+                    fatal = true;
+                }
                 return false;
             }
             tv = kNaN;
@@ -399,6 +439,11 @@ class F64Source : public Source {
             return Status::io_error;
         }
         const std::size_t have = static_cast<std::size_t>(got);
+        if (offset_ == 0 && have > 0 && !plausible(b, have)) {
+            done_ = true;
+            b.rows = 0;
+            return Status::bad_data;
+        }
         b.rows = have / kRecord;
         rows_read_ += b.rows;
         const std::uint64_t at = offset_ + b.rows * kRecord;
@@ -421,6 +466,36 @@ class F64Source : public Source {
 
   private:
     static constexpr std::size_t kRecord = 12 * sizeof(double);
+    // Raw doubles are taken as they come, so a text file given as f64 would become rows of
+    // nonsense. A first record of nothing but text bytes is text; in a file that is not a
+    // whole number of records, a first record of absurd magnitudes is not glove readings.
+    bool plausible(const Block& b, std::size_t have) {
+        const std::size_t n = std::min(have, kRecord);
+        const unsigned char* p = reinterpret_cast<const unsigned char*>(b.x.data());
+        const bool text = std::all_of(p, p + n, [](unsigned char c) { return (c >= 0x20 && c < 0x7F) || c == '\t' || c == '\n' || c == '\r'; });
+        if (text) {
+            std::string start(reinterpret_cast<const char*>(p), std::min<std::size_t>(n, 24));
+            for (char& c : start)
+                if (c == '\n' || c == '\r' || c == '\t') c = ' ';
+            error_ = in_.name() + ": byte offset 0: this is text (\"" + start +
+                     "...\"), not raw little-endian doubles; read it with --from csv";
+            return false;
+        }
+        if (in_.seekable() && in_.size() % kRecord != 0 && have >= kRecord) {
+            char number[kMaxNumberText];
+            for (std::size_t i = 0; i < 12; ++i) {
+                const double v = std::fabs(b.x[i]);
+                if (std::isfinite(v) && v != 0 && (v < 1e-30 || v > 1e30)) {
+                    error_ = in_.name() + ": byte offset 0: not raw doubles of glove readings: " + std::to_string(in_.size()) +
+                             " bytes is not a whole number of 96-byte records (12 little-endian doubles per sample), "
+                             "and the first record holds x" + std::to_string(i) + " = " +
+                             std::string(number, format_number(number, b.x[i]));
+                    return false;
+                }
+            }
+        }
+        return true;
+    }
     InputFile& in_;
     SourceOptions options_;
     std::uint64_t offset_ = 0;
@@ -488,6 +563,11 @@ class NpySource : public Source {
         return done_ == h_.rows ? finish() : Status::more;
     }
     std::uint64_t bytes_consumed() const override { return h_.data_offset + done_ * h_.columns * h_.item_size; }
+    // A file shorter than its header says: its whole rows are what will be read.
+    void whole_rows_in_file(std::uint64_t size) {
+        const std::uint64_t data = size - std::min<std::uint64_t>(size, h_.data_offset);
+        info_.known_rows = std::min<std::uint64_t>(h_.rows, data / (h_.columns * h_.item_size));
+    }
 
   private:
     template <class At>
@@ -605,7 +685,9 @@ std::unique_ptr<Source> open_npy(InputFile& in, std::string& error) {
     if (in.seekable()) {
         const std::uint64_t data = static_cast<std::uint64_t>(in.size()) - std::min<std::uint64_t>(in.size(), h.data_offset);
         const std::uint64_t row = h.columns * h.item_size;
-        if (data < h.data_bytes())
+        // Data cut short: a C-order array gives its whole rows and then the fault, as from a
+        // pipe; a Fortran-order one holds no whole row.
+        if (data < h.data_bytes() && h.fortran_order)
             return error = in.name() + ": byte offset " + std::to_string(in.size()) + ": short data: the header's shape " +
                            h.shape + " needs " + std::to_string(h.data_bytes()) + " bytes of data, the file holds " +
                            std::to_string(data) + " (" + std::to_string(data / row) + " whole rows)", nullptr;
@@ -614,7 +696,9 @@ std::unique_ptr<Source> open_npy(InputFile& in, std::string& error) {
                            std::to_string(data - h.data_bytes()) + " bytes follow the data that the header's shape " +
                            h.shape + " announces", nullptr;
     }
-    return std::make_unique<NpySource>(in, h);
+    auto source = std::make_unique<NpySource>(in, h);
+    if (in.seekable()) source->whole_rows_in_file(static_cast<std::uint64_t>(in.size()));
+    return source;
 }
 
 }  // namespace

@@ -18,6 +18,8 @@ namespace quil::retarget {
 
 enum class Format { csv, f64, npy };
 const char* format_name(Format f);
+// The format a file name's extension stands for: .csv/.tsv/.txt, .f64, .npy; CSV otherwise.
+Format format_of_path(const std::string& path);
 
 // A block of consecutive samples.
 struct Block {
@@ -98,5 +100,8 @@ std::unique_ptr<Source> open_source(InputFile& in, const SourceOptions& options,
 // True when `text` is a number in any common notation: a sign, digits with a decimal point or a
 // decimal comma, an exponent, hexadecimal, nan or inf. Such a field is never a column name.
 bool looks_numeric(std::string_view text);
+
+// True when a column name is a clock's (time, t, Timestamp, time_ms, elapsed, ...).
+bool names_time(std::string_view name);
 
 }  // namespace quil::retarget

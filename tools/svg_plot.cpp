@@ -1,5 +1,7 @@
 #include "svg_plot.h"
 
+#include "retarget_io.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdarg>
@@ -56,6 +58,7 @@ std::string fmt(const char* format, ...) {
 }
 
 std::string short_number(double v) {
+    if (v == 0) v = 0.0;  // a slot held at zero reads "0", whichever zero the hand gave
     char buf[32];
     std::snprintf(buf, sizeof buf, "%.6g", v);
     return buf;
@@ -229,8 +232,11 @@ std::string SessionPlot::svg(const Labels& labels) const {
     constexpr double kTopPanelH = 250, kSmallH = 165, kSmallPitch = 235;
 
     const bool use_time = !labels.time_name.empty() && all_times_finite_ && samples_ > 0;
+    // A recorder's clock (milliseconds since 1970, say) is drawn from its first sample, so the
+    // axis reads as elapsed time rather than thirteen-digit labels.
+    double x_origin = 0;
     auto bucket_x = [&](const Bucket& b, bool last) {
-        return use_time ? (last ? b.t_last : b.t_first) : static_cast<double>(last ? b.i_last : b.i_first);
+        return use_time ? (last ? b.t_last : b.t_first) - x_origin : static_cast<double>(last ? b.i_last : b.i_first);
     };
     double xlo = kInf, xhi = -kInf;
     for (const Bucket& b : buckets_) {
@@ -238,11 +244,23 @@ std::string SessionPlot::svg(const Labels& labels) const {
         xhi = std::max({xhi, bucket_x(b, false), bucket_x(b, true)});
     }
     if (buckets_.empty()) xlo = 0, xhi = 1;
+    if (use_time && std::fabs(xlo) > 1000 * std::max(xhi - xlo, 1e-300)) {
+        x_origin = xlo;
+        xhi -= xlo;
+        xlo = 0;
+    }
     Axis xa = nice_axis(xlo, xhi, 8, false);
     // Let the time axis start and end on ticks (0 to 20 s rather than 0 to 19.99 s).
     xa.lo = std::floor(xa.lo / xa.step + 1e-9) * xa.step;
     xa.hi = std::ceil(xa.hi / xa.step - 1e-9) * xa.step;
-    const std::string x_title = use_time ? labels.time_name : "sample";
+    std::string x_title =
+        !use_time ? "sample" : labels.time_unit.empty() ? labels.time_name : labels.time_name + " (" + labels.time_unit + ")";
+    if (x_origin != 0) {
+        char origin[kMaxNumberText];
+        x_title += " from " + (x_origin == std::floor(x_origin) && std::fabs(x_origin) < 1e17
+                                   ? fmt("%.0f", x_origin)
+                                   : std::string(origin, format_number(origin, x_origin)));
+    }
 
     std::array<bool, kOutputs> flat_target;
     for (int s = 0; s < kOutputs; ++s) flat_target[s] = samples_ > 0 && constant_[kInputs + s];
@@ -290,7 +308,15 @@ std::string SessionPlot::svg(const Labels& labels) const {
                      "<text x=\"%.1f\" y=\"%.1f\" text-anchor=\"end\">%.*f</text>\n",
                      r.left, py(t), r.right, py(t), r.left - 5, py(t) + 4, ya.decimals, shown);
         }
-        for (double t = std::ceil(xa.lo / xa.step) * xa.step; t <= xa.hi + xa.step * 1e-9; t += xa.step) {
+        // A narrow chart labels every second (or fifth, ...) tick, so that long labels, such as
+        // a recorder's clock in milliseconds, never run into each other.
+        int widest = 1;
+        for (double t : {xa.lo, xa.hi}) widest = std::max(widest, std::snprintf(nullptr, 0, "%.*f", xa.decimals, t));
+        const double label_px = widest * 6.6 + 10, tick_px = xa.step / (xa.hi - xa.lo) * (r.right - r.left);
+        double xstep = xa.step;
+        for (double k : {2.0, 5.0, 10.0, 20.0, 50.0, 100.0})
+            if (xstep / xa.step * tick_px < label_px) xstep = xa.step * k;
+        for (double t = std::ceil(xa.lo / xstep - 1e-9) * xstep; t <= xa.hi + xstep * 1e-9; t += xstep) {
             const double shown = std::fabs(t) < xa.step * 1e-9 ? 0.0 : t;
             s += fmt("<line x1=\"%.1f\" y1=\"%.1f\" x2=\"%.1f\" y2=\"%.1f\" stroke=\"#e2e2e2\"/>"
                      "<text x=\"%.1f\" y=\"%.1f\" text-anchor=\"middle\">%.*f</text>\n",

@@ -29,6 +29,7 @@ class SessionPlot {
         std::string title;                              // e.g. "RUIYAN_RY_H15 V 1.4.9.1_RYH15_1"
         std::string source;                             // the input's name
         std::string time_name;                          // "" when there is no time column
+        std::string time_unit;                          // "s", "ms", "us", or "" when unknown
         std::array<std::string, kInputs> input_names;   // the input's names of x0..x11, or ""
         std::array<std::string, kOutputs> roles;        // the hand's slot roles
     };

@@ -2,10 +2,12 @@
 """Map a recorded glove session onto a robot hand and plot what each finger of the hand does.
 
   python examples/python/01_map_session.py [--hand RUIYAN_RY_H15] [--session data/sample_session.csv]
+                                           [--time-unit s|ms|us]
                                            [--out out/sample_session.RUIYAN_RY_H15.python.png]
 
-The session is a CSV of time_s,x0..x11 (data/sample_session.csv: open hand, slow fist, index
-pinch, middle pinch, open). The plot has one panel for the glove and one per finger of the
+The session is any file quil-retarget reads, read by quil_linear.read_session with the tool's
+rules (data/sample_session.csv: time_s,x0..x11; open hand, slow fist, index pinch, middle
+pinch, open); its time column is drawn in seconds from the first sample. The plot has one panel for the glove and one per finger of the
 robot hand; each line is one output slot, named by the role the hand's catalogue gives it.
 Slots that only hold a constant (roles "unused" and "terminator") are left out.
 """
@@ -64,11 +66,20 @@ if __name__ == "__main__":
     ap = argparse.ArgumentParser(description=__doc__.split("\n")[0])
     ap.add_argument("--hand", default="RUIYAN_RY_H15")
     ap.add_argument("--session", default=os.path.join(ROOT, "data", "sample_session.csv"))
+    ap.add_argument("--time-unit", choices=["s", "ms", "us"],
+                    help="what the session's time column is in (default: as its name says, else detected)")
     ap.add_argument("--out", help="PNG to write (default out/<session>.<hand>.python.png)")
     args = ap.parse_args()
 
-    data = np.loadtxt(args.session, delimiter=",", skiprows=1)
-    time_s, readings = data[:, 0], data[:, 1:13]
+    try:
+        session = quil_linear.read_session(args.session, time_unit=args.time_unit)
+    except (quil_linear.SessionError, OSError) as e:  # the place of the fault: file:line:column
+        raise SystemExit(str(e))
+    for note in session.notes:
+        print("note:", note)
+    readings = session.readings
+    # Without a time column the samples are drawn 10 ms apart.
+    time_s = session.times - session.times[0] if session.times is not None else np.arange(len(readings)) / 100.0
     try:
         hand = quil_linear.Hand(args.hand)
     except ValueError as e:  # an unknown name, answered with the closest ones

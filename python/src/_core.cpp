@@ -228,6 +228,8 @@ class PyHand {
 
 }  // namespace
 
+void bind_session(py::module_& m);  // _session.cpp
+
 PYBIND11_MODULE(_core, m) {
     m.doc() = "The compiled hand API of quil_linear; use the quil_linear package.";
 
@@ -282,6 +284,7 @@ PYBIND11_MODULE(_core, m) {
     }, py::arg("name"), py::arg("count") = 3, "The names of the hands closest to `name`, best first.");
 
     m.attr("STATE_CAPACITY") = QUIL_HAND_STATE_CAPACITY;
+    bind_session(m);
 
     py::class_<PyHand>(m, "Hand", R"doc(
 One robot hand driven by one glove, with its own memory from sample to sample.

@@ -23,18 +23,50 @@ def test_map_session_plots_a_png(tmp_path):
 
 
 def test_many_sessions_on_a_local_dask_cluster(tmp_path):
-    sessions = {"walk": pinch_walk(1500, seed=21), "short": pinch_walk(3, seed=22), "empty": np.empty((0, 12))}
+    sessions = {"walk": pinch_walk(1500, seed=21), "short": pinch_walk(3, seed=22)}
     sessions["walk"][700:760, 6] = np.nan  # the middle finger's channel drops out for a while
     (tmp_path / "in").mkdir()
     for stem, readings in sessions.items():
         rows = np.column_stack([np.arange(len(readings)) / 100.0, readings])
         np.savetxt(tmp_path / "in" / (stem + ".csv"), rows, delimiter=",", fmt="%.17g",
                    header="time_s," + ",".join("x%d" % i for i in range(12)), comments="")
-    run("02_many_sessions_dask.py", tmp_path / "in", tmp_path / "out", "--hand", "CHOHO_Hand",
-        "--dropout", "hold", "--workers", "2")
+    # What the tool reads, the example reads: 12 columns without a time, space-separated
+    # radians in .txt, a millisecond clock under a quoted heading, an npy array.
+    sessions["plain"] = pinch_walk(26, seed=23)
+    np.savetxt(tmp_path / "in" / "plain.csv", sessions["plain"], delimiter=",", fmt="%.17g")
+    sessions["radians"] = np.radians(pinch_walk(30, seed=24))
+    np.savetxt(tmp_path / "in" / "radians.txt", sessions["radians"], fmt="%.17g")
+    sessions["clock"] = pinch_walk(40, seed=25)
+    clock = 1715000000000 + 8 * np.arange(40)
+    np.savetxt(tmp_path / "in" / "clock.tsv", np.column_stack([clock, sessions["clock"]]), delimiter="\t",
+               fmt="%.17g", header="\t".join('"%s"' % n for n in ["Timestamp"] + ["ch%d" % i for i in range(12)]),
+               comments="")
+    sessions["array"] = pinch_walk(20, seed=26)
+    np.save(tmp_path / "in" / "array.npy", sessions["array"])
+    # Bad sessions are named, the others still converted; other files are listed as skipped.
+    (tmp_path / "in" / "commas.csv").write_text("x0;x1;x2;x3;x4;x5;x6;x7;x8;x9;x10;x11\n1,5;2;3;4;5;6;7;8;9;10;11;12\n")
+    (tmp_path / "in" / "empty.csv").write_text("time_s," + ",".join("x%d" % i for i in range(12)) + "\n")
+    (tmp_path / "in" / "notes.md").write_text("recorded on Tuesday\n")
+    (tmp_path / "out").mkdir()
+    np.save(tmp_path / "out" / "commas.npy", np.zeros((3, 24)))  # an earlier run's targets
+    run_ = subprocess.run([sys.executable, str(EXAMPLES / "02_many_sessions_dask.py"), str(tmp_path / "in"),
+                           str(tmp_path / "out"), "--hand", "CHOHO_Hand", "--dropout", "hold", "--workers", "2"],
+                          capture_output=True, text=True, timeout=300)
+    assert run_.returncode == 1, run_.stderr
+    assert "commas.csv:2:1: field 1 (x0): malformed number \"1,5\"" in run_.stderr
+    assert "empty.csv: no samples" in run_.stderr and "skipped notes.md" in run_.stderr
+    assert "2 sessions failed: commas.csv, empty.csv" in run_.stderr
+    assert "clock.tsv: the time column 'Timestamp' does not name its unit" in run_.stderr
+    for stem in ["commas", "empty"]:
+        assert json.loads((tmp_path / "out" / (stem + ".json")).read_text())["complete"] is False
+        assert not (tmp_path / "out" / (stem + ".npy")).exists()
     for stem, readings in sessions.items():
         hand = quil_linear.Hand("CHOHO_Hand", dropout="hold")
         assert same_bits(np.load(tmp_path / "out" / (stem + ".npy")), hand.map(readings).reshape(-1, 24))
         record = json.loads((tmp_path / "out" / (stem + ".json")).read_text())
-        assert record["samples"] == len(readings) and record["dropout"] == "hold"
+        assert record["samples"] == len(readings) and record["dropout"] == "hold" and record["complete"]
         assert bytes.fromhex(record["final_state"]) == hand.state
+    record = json.loads((tmp_path / "out" / "clock.json").read_text())
+    assert record["time_unit"] == "ms" and abs(record["seconds_recorded"] - 0.312) < 1e-6
+    assert json.loads((tmp_path / "out" / "plain.json").read_text())["seconds_recorded"] is None
+    assert json.loads((tmp_path / "out" / "walk.json").read_text())["seconds_recorded"] == 14.99

@@ -340,7 +340,6 @@ TEST_F(Formats, NpyVariantsReadAlikeAndBadOnesAreRefused) {
         {"integers", npy_file(rows12, 12, "<i8", false, 1), "dtype '<i8' is not float64 or float32"},
         {"eleven columns", npy_file(rows12, 11, "<f8", false, 1), "shape (300, 11): expected (N, 12)"},
         {"header past the end", long_len, "the file ends inside the header"},
-        {"short data", good.substr(0, good.size() - 100), "short data: the header's shape (300, 12) needs 28800 bytes"},
         {"extra data", good + std::string(96, '\0'), "96 bytes follow the data that the header's shape (300, 12) announces"},
     };
     for (const Case& c : cases) {
@@ -352,14 +351,18 @@ TEST_F(Formats, NpyVariantsReadAlikeAndBadOnesAreRefused) {
         EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
         EXPECT_FALSE(exists("out.csv")) << "no output for a refused input";
     }
-    // From a pipe the shortness shows only at the end: the rows before it are written.
+    // Data cut short: from a file as from a pipe, the whole rows before it are written, then
+    // the place is named.
     write_file("in.npy", good.substr(0, good.size() - 100));
     const Result piped = run_piped("map -m " + hand + " --from npy", "in.npy");
-    EXPECT_EQ(piped.status, 1);
-    EXPECT_NE(piped.err.find("<stdin>: byte offset 28828: short data: the file ends inside row 298 of the 300"),
-              std::string::npos)
-        << piped.err;
-    EXPECT_EQ(split(piped.out, '\n').size(), 299u);
+    const Result filed = run("map -m " + hand + " in.npy");
+    for (const Result* r : {&piped, &filed}) {
+        EXPECT_EQ(r->status, 1);
+        EXPECT_NE(r->err.find("byte offset 28828: short data: the file ends inside row 298 of the 300"), std::string::npos)
+            << r->err;
+        EXPECT_EQ(split(r->out, '\n').size(), 299u);
+    }
+    EXPECT_EQ(piped.out, filed.out);
 }
 
 // A session cut into three files converts as one through --state-out and --state-in, for every
@@ -458,6 +461,9 @@ TEST(Csv, MalformedInputStopsAtItsPlace) {
          "bad.csv:2:7: text after the closing quote of a field", 1},
         {"npy given as csv", std::string("\x93NUMPY\x01\x00v\x00{", 11), 1,
          "bad.csv:1:1: this is a NumPy file, not CSV (read it with --from npy)", -1},
+        {"a time over twelve fields", "\"Time (ms)\",x1,x2,x3,x4,x5,x6,x7,x8,x9,x10,x11\n" + row12 + "\n", 1,
+         "bad.csv:1:1: the heading names field 1 \"Time (ms)\" as a time, but has 12 fields", -1},
+        {"a clock over twelve fields", "timestamp;a;b;c;d;e;f;g;h;i;j;k\n" + row12 + "\n", 1, "as a time, but has 12", -1},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -565,16 +571,37 @@ TEST(Csv, SkipBadListsTheRowsAndExitsFive) {
     EXPECT_NE(b.err.find("skipped 1 bad row of <stdin>, at byte offset 96"), std::string::npos) << b.err;
 }
 
-TEST(Outputs, EmptyInputsGiveEmptyOutputsOfTheirShape) {
+TEST(Outputs, EmptyInputsAreRefusedAndNamed) {
+    // A session without a sample is a wrong file or a recording that never started: said, and
+    // not a success, whatever the format and whether a heading is there.
     write_file("empty", "");
-    const Result csv = run("map -m QUIL_linear_AA", "empty");
-    EXPECT_EQ(csv.status, 0);
-    EXPECT_EQ(csv.out.rfind("out0,out1,", 0), 0u);
-    write_file("heading-only", "time,x0,x1,x2,x3,x4,x5,x6,x7,x8,x9,x10,x11\n");
-    EXPECT_EQ(run("map -m QUIL_linear_AA", "heading-only").out.rfind("time,out0,", 0), 0u);
-    EXPECT_EQ(run("map -m QUIL_linear_AA --format f64", "empty").out, "");
-    EXPECT_EQ(run("map -m QUIL_linear_AA --from f64 -o e.npy", "empty").status, 0);
-    EXPECT_TRUE(read_npy(read_file("e.npy"), 24).empty());
+    write_file("heading-only", "time,x0,x1,x2,x3,x4,x5,x6,x7,x8,x9,x10,x11\n# nothing recorded\n\n");
+    write_file("none.npy", npy_file({}, 12, "<f8", false, 1));
+    for (const std::string args : {"empty", "heading-only", "--from f64 empty -o e.npy", "none.npy -o e.csv"}) {
+        SCOPED_TRACE(args);
+        std::remove(path("e.npy").c_str());
+        const Result r = run("map -m QUIL_linear_AA " + args);
+        EXPECT_EQ(r.status, 1);
+        EXPECT_NE(r.err.find(": no samples: the input holds no"), std::string::npos) << r.err;
+        EXPECT_EQ(r.out, "");
+        EXPECT_FALSE(exists("e.npy"));
+    }
+    // Text read as raw doubles is refused before a row of nonsense is written, from a file or
+    // a pipe; so is a file of absurd doubles that is not a whole number of records.
+    write_file("text.txt", "0.1 0.2 0.3 0.4 0.5 0.6 0.7 0.8 0.9 1.0 1.1 1.2\n0.1 0.2 0.3 0.4 0.5 0.6 0.7 0.8 0.9 1 1 1\n");
+    std::string absurd(96 + 50, '\0');
+    const double huge = 3e250;
+    std::memcpy(&absurd[16], &huge, 8);
+    write_file("absurd.f64", absurd);
+    for (const Result& r : {run("map -m QUIL_linear_AA --from f64 text.txt -o t.csv"),
+                            run_piped("map -m QUIL_linear_AA --from f64 -o t.csv", "text.txt"),
+                            run("map -m QUIL_linear_AA absurd.f64 -o t.csv")}) {
+        EXPECT_EQ(r.status, 1);
+        EXPECT_TRUE(r.err.find("byte offset 0: this is text (\"0.1 0.2 0.3") != std::string::npos ||
+                    r.err.find("absurd.f64: byte offset 0: not raw doubles of glove readings: 146 bytes") != std::string::npos)
+            << r.err;
+        EXPECT_FALSE(exists("t.csv"));
+    }
     // Truncated f64: the whole records are written, the place of the rest is named.
     write_file("cut.f64", std::string(96 * 2 + 40, '\0'));
     const Result cut = run("map -m QUIL_linear_AA cut.f64 -o cut.npy");
@@ -667,13 +694,108 @@ TEST(Records, MetaAndDescribeTellTheHandAndTheRun) {
         EXPECT_NE(help.out.find("x" + std::to_string(r) + (r < 10 ? "  " : " ") + quil_reading(r)->name), std::string::npos);
 }
 
+// A run that fails, at its first row or later, leaves a --meta that says so, never the record
+// of an earlier successful run beside files it did not write.
+TEST(Records, AFailedRunLeavesNoRecordClaimingSuccess) {
+    const std::string good = "t,x0,x1,x2,x3,x4,x5,x6,x7,x8,x9,x10,x11\n0,1,2,3,4,5,6,7,8,9,10,11,12\n";
+    std::vector<std::vector<double>> rows(20, std::vector<double>(12, 10.0));
+    const std::string npy = npy_file(rows, 12, "<f8", false, 1);
+    struct Case {
+        const char* name;
+        std::string input, args;
+        int status;
+        const char* message;
+        std::uint64_t rows_written;
+    } cases[] = {
+        {"decimal commas", "x0;x1;x2;x3;x4;x5;x6;x7;x8;x9;x10;x11\n1,5;2;3;4;5;6;7;8;9;10;11;12\n", "", 1, "decimal commas", 0},
+        {"truncated npy", npy.substr(0, npy.size() - 500), "--from npy", 1, "short data", 14},
+        {"missing state", good, "--state-in no-such-state", 3, "cannot open 'no-such-state'", 0},
+        {"empty", "", "", 1, "no samples", 0},
+        {"foreign state", good, "--state-in st.bin", 4, "cannot continue from the state", 0},
+        {"npy to a device", good, "--to npy -o /dev/null", 2, "cannot write npy to '/dev/null'", 0},
+    };
+    {
+        quil_linear::Hand other("CHOHO_Hand");
+        const std::vector<std::uint8_t> st = other.state();
+        write_file("st.bin", std::string(st.begin(), st.end()));
+    }
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        write_file("fine.csv", good);
+        ASSERT_EQ(run("map -m RUIYAN_RY_H15 fine.csv -o out.csv --meta out.json").status, 0);
+        ASSERT_EQ(nlohmann::json::parse(read_file("out.json"))["complete"], true);
+        write_file("in.dat", c.input);
+        const std::string output = c.args.find(" -o ") == std::string::npos ? " -o out.csv" : "";
+        const Result r = run("map -m RUIYAN_RY_H15 in.dat --meta out.json " + c.args + output);
+        EXPECT_EQ(r.status, c.status) << r.err;
+        EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
+        const auto meta = nlohmann::json::parse(read_file("out.json"));
+        EXPECT_EQ(meta["complete"], false);
+        EXPECT_EQ(meta["exit_status"], c.status);
+        EXPECT_NE(meta["error"].get<std::string>().find(c.message), std::string::npos);
+        EXPECT_EQ(meta["output"]["rows_written"], c.rows_written);
+        EXPECT_EQ(meta["output"].value("written", true), c.rows_written > 0);
+        EXPECT_EQ(meta["input"]["path"], "in.dat");
+        EXPECT_EQ(read_file("in.dat"), c.input);
+    }
+}
+
+// What --meta counts and how a time column's unit is found, labelled and recorded.
+TEST(Records, DropoutsAndTimeUnitsAreCounted) {
+    std::string ms = "\"Timestamp\",\"Thumb\",\"Index\",x2,x3,x4,x5,x6,x7,x8,x9,x10,x11,\n";
+    for (int r = 0; r < 50; ++r) {
+        ms += std::to_string(1715000000000LL + 10 * r) + (r % 7 == 3 ? ",nan" : ",20") + ",30,40,50,60,70,80,90,100,5,6,7,\n";
+    }
+    write_file("ms.csv", ms);
+    struct Case {
+        std::string args;
+        const char* unit;
+        bool noted;
+        const char* axis;
+    } cases[] = {
+        {"", "ms", true, ">Timestamp (ms) from 1715000000000<"},
+        {"--time-unit us", "us", false, ">Timestamp (us) from 1715000000000<"},
+        {"--time-unit s -q", "s", false, ">Timestamp (s) from 1715000000000<"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.args);
+        const Result r = run("map -m CHOHO_Hand ms.csv -o o.csv --meta o.json --plot o.svg " + c.args);
+        ASSERT_EQ(r.status, 0) << r.err;
+        const auto meta = nlohmann::json::parse(read_file("o.json"));
+        EXPECT_EQ(meta.value("time_unit", ""), c.unit);
+        EXPECT_EQ(meta.contains("time_unit_note"), c.noted);
+        EXPECT_EQ(r.err.find("10 apart, so it is read as milliseconds") != std::string::npos, c.noted) << r.err;
+        // Under the default policy the dropped readings reach the hand as they are, and are counted.
+        EXPECT_EQ(meta["dropout"], "pass");
+        EXPECT_EQ(meta.value("/nonfinite_readings/count"_json_pointer, -1), 7);
+        EXPECT_EQ(meta.value("/nonfinite_readings/per_channel/0"_json_pointer, -1), 7);
+        EXPECT_NE(read_file("o.svg").find(c.axis), std::string::npos);
+    }
+    // A name that states the unit is taken at its word, without a note.
+    write_file("named.csv", "time_ms,x0,x1,x2,x3,x4,x5,x6,x7,x8,x9,x10,x11\n0,1,2,3,4,5,6,7,8,9,10,11,12\n");
+    const Result named = run("map -m CHOHO_Hand named.csv -o o.csv --meta o.json");
+    EXPECT_EQ(nlohmann::json::parse(read_file("o.json")).value("time_unit", ""), "ms");
+    EXPECT_EQ(named.err, "");
+    EXPECT_EQ(run("map -m CHOHO_Hand named.csv --time-unit min").status, 2);
+    // Readings in radians are converted as they are, with a note that the hands take degrees.
+    std::string radians;
+    for (int r = 0; r < 20; ++r) radians += "0.1 0.2 0.3 0.4 0.5 0.6 0.7 0.8 0.9 1.0 1.1 " + text(1.2 + r * 0.01) + "\n";
+    write_file("radians.txt", radians);
+    const Result rad = run("map -m CHOHO_Hand radians.txt -o o.csv");
+    EXPECT_EQ(rad.status, 0);
+    EXPECT_NE(rad.err.find("note: every reading of the first 20 samples lies within 2 pi of zero"), std::string::npos) << rad.err;
+    EXPECT_EQ(run("map -m CHOHO_Hand ms.csv -o o.csv").err, "");
+    // A device takes as many outputs as a run has.
+    EXPECT_EQ(run("map -m CHOHO_Hand named.csv -o /dev/null --meta /dev/null").status, 0);
+}
+
 TEST(CommandLine, RefusesBeforeAnyWork) {
     const Result list = run("list");
     EXPECT_EQ(list.status, 0);
     EXPECT_EQ(split(list.out, '\n').size(), quil_hand_count() + 1);
     write_file("s.csv", "1,2,3,4,5,6,7,8,9,10,11,12\n");
     struct Case {
-        const char* args;
+        std::string args;
         int status;
         const char* message;
         const char* env;
@@ -687,6 +809,14 @@ TEST(CommandLine, RefusesBeforeAnyWork) {
         {"map -m QUIL_linear_AA s.csv -o x.out --plot p.pdf", 2, "cannot draw 'p.pdf'", ""},
         {"map -m QUIL_linear_AA s.csv -o x.out --plot p.png", 2, "a .png plot needs rsvg-convert", "PATH=/nonexistent"},
         {"map -m QUIL_linear_AA s.csv -o s.csv", 2, "refusing to write 's.csv': it is the input", ""},
+        // Two files of one run in one place: the later would replace the earlier.
+        {"map -m QUIL_linear_AA s.csv -o x.out --meta x.out", 2, "the output and --meta both to 'x.out'", ""},
+        {"map -m QUIL_linear_AA s.csv -o x.out --state-out ./x.out", 2, "the output and --state-out both", ""},
+        {"map -m QUIL_linear_AA s.csv -o x.out --plot p.svg --meta ../" + g_dir.substr(g_dir.rfind('/') + 1) + "/p.svg", 2,
+         "--meta and --plot both to", ""},
+        {"map -m QUIL_linear_AA s.csv --meta -", 2, "the output and --meta both to '-'", ""},
+        {"map -m QUIL_linear_AA s.csv -o x.out --state-in st --state-out st --meta st", 2, "--meta and --state-out both", ""},
+        {"map -m QUIL_linear_AA s.csv -o st --state-in st", 2, "refusing to write the output to 'st': it is the --state-in file", ""},
         {"map -m QUIL_linear_AA s.csv --to npy -o /dev/null", 2, "cannot write npy to '/dev/null'", ""},
         {"map -m QUIL_linear_AA --from f64 --to npy -o /dev/null", 2, "cannot write npy to '/dev/null': its header states the row count", ""},
         {"map -m QUIL_linear_AA s.csv -o x.out --state-in nothing", 3, "cannot open 'nothing'", ""},
@@ -700,6 +830,7 @@ TEST(CommandLine, RefusesBeforeAnyWork) {
         EXPECT_EQ(r.status, c.status) << r.err;
         EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
         EXPECT_FALSE(exists("x.out"));
+        EXPECT_FALSE(exists("p.svg"));
     }
     const Result help = run("map --help");
     EXPECT_EQ(help.status, 0);

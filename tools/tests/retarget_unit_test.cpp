@@ -6,7 +6,9 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <map>
 #include <random>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -157,6 +159,49 @@ TEST(PlotGroups, SlotsGoToTheirFingerWithFewLinesEach) {
 
 // The writer's quick path for short decimals must give exactly the library's shortest text,
 // and every text must read back to the same bits.
+// The x-axis labels of every chart, grouped by the line they sit on, never run into each
+// other, even in the narrow finger charts; a recorder's clock in milliseconds since 1970 is
+// drawn from its first sample; a slot the hand holds at -0.0 is listed as 0.
+TEST(Plot, TickLabelsKeepApartAndZeroHasNoSign) {
+    struct Clock {
+        double start, step;
+        const char* axis;
+    } clocks[] = {{1e6, 10.0, ">Timestamp (ms)<"}, {0, 0.01, ">Timestamp (ms)<"},
+                  {1715000000000.0, 1000.0, ">Timestamp (ms) from 1715000000000<"}};
+    for (const Clock& clock : clocks) {
+        SCOPED_TRACE(clock.axis);
+        SessionPlot plot;
+        double in[12] = {}, out[24] = {};
+        for (int r = 0; r < 3000; ++r) {
+            for (int c = 0; c < 12; ++c) in[c] = 40 + 30 * std::sin(r * 0.01 + c);
+            for (int s = 0; s < 24; ++s) out[s] = s == 5 ? -0.0 : in[s % 12] * (s + 1);
+            plot.add(clock.start + clock.step * r, in, out);
+        }
+        SessionPlot::Labels labels;
+        labels.time_name = "Timestamp";
+        labels.time_unit = "ms";
+        const char* groups[] = {"thumb", "index", "middle", "ring", "little", "wrist"};
+        for (int s = 0; s < 24; ++s) labels.roles[s] = std::string(groups[s % 6]) + "_" + std::to_string(s);
+        const std::string svg = plot.svg(labels);
+        EXPECT_NE(svg.find(clock.axis), std::string::npos);
+        EXPECT_NE(svg.find(">5  wrist_5 = 0<"), std::string::npos);
+        EXPECT_EQ(svg.find("= -0"), std::string::npos);
+        const std::regex tick("<text x=\"([0-9.]+)\" y=\"([0-9.]+)\" text-anchor=\"middle\">([-0-9.]+)</text>");
+        std::map<std::string, std::vector<std::pair<double, std::size_t>>> rows;
+        for (auto m = std::sregex_iterator(svg.begin(), svg.end(), tick); m != std::sregex_iterator(); ++m)
+            rows[(*m)[2]].push_back({std::stod((*m)[1]), (*m)[3].length()});
+        EXPECT_GE(rows.size(), 4u);
+        for (auto& [y, labels_on_line] : rows) {
+            std::sort(labels_on_line.begin(), labels_on_line.end());
+            EXPECT_GE(labels_on_line.size(), 2u) << "at y " << y;
+            for (std::size_t i = 1; i < labels_on_line.size(); ++i) {
+                const double room = (labels_on_line[i - 1].second + labels_on_line[i].second) / 2.0 * 6.5;
+                EXPECT_GE(labels_on_line[i].first - labels_on_line[i - 1].first, room) << "at y " << y;
+            }
+        }
+    }
+}
+
 TEST(NumberText, ShortestTextReadsBackToTheSameDouble) {
     std::vector<double> values = {0.0, -0.0, kInf, -kInf, 0.1, -12.3, 1e300, 5e-324, 1e-4, 1e-7, 1e15, 1e16,
                                   123456789.123456, 1125899906.842624, 1125899906.842623,

@@ -92,7 +92,8 @@
   function buildHandPicker() {
     const select = $('hand-select');
     for (const h of S.hands) {
-      select.append(el('option', { value: h.name }, `${h.name}  ·  ${h.version}${h.keepsState ? '  ·  keeps state' : ''}`));
+      // The name alone fits the closed picker; version and memory are in the facts below it.
+      select.append(el('option', { value: h.name, title: `${h.version}${h.keepsState ? ' · keeps state' : ''}` }, h.name));
     }
     select.addEventListener('change', () => selectHand(select.value));
   }
@@ -146,7 +147,7 @@
         el('label', { class: 'drop', title: 'Channel drops out: reads NaN' }, drop, el('span', {}, 'drop')));
       range.addEventListener('input', () => setReading(i, Number(range.value)));
       number.addEventListener('change', () => {
-        const v = QuilSession.parseNumber(number.value);
+        const v = S.api.parseNumber(number.value);
         if (v !== undefined && !Number.isNaN(v)) setReading(i, v);
       });
       drop.addEventListener('change', () => {
@@ -169,7 +170,12 @@
       const v = values[i];
       const s = S.sliders[i];
       s.range.value = Number.isFinite(v) ? v : 120;
-      if (document.activeElement !== s.number) s.number.value = Number.isNaN(v) ? '' : v;
+      if (document.activeElement !== s.number) {
+        // Rounded to fit the box (a recorded reading may carry seventeen digits); exact in its tooltip.
+        const a = Math.abs(v);
+        s.number.value = Number.isNaN(v) ? '' : a < 1e5 ? String(+v.toFixed(a >= 1000 ? 1 : a >= 100 ? 2 : 3)) : v.toExponential(2);
+        s.number.title = QuilSession.formatNumber(v);
+      }
       s.row.classList.toggle('nan-reading', Number.isNaN(v) && !S.dropped[i]);
     }
   }
@@ -354,27 +360,41 @@
 
   // ---- The session -------------------------------------------------------------------------
 
-  function loadSession(name, text) {
-    const data = QuilSession.parseSession(text);
-    if (!data.rows) {
-      setStatus(`${name}: no rows of 12 or 13 numbers`, 'error');
+  // Reads a session file's bytes with the tool's own reader (in the WebAssembly module): what
+  // the tool refuses is refused here with its message, and the time column's unit is the
+  // one the tool would take (the unit selector overrides it).
+  function readSession(name, bytes) {
+    const unit = $('time-unit').value;
+    return S.api.readSession(name, bytes, { timeUnit: unit === 'auto' ? undefined : unit });
+  }
+
+  function sessionSummary(ses) {
+    const data = ses.data;
+    const span = ses.times[data.rows - 1] - ses.times[0];
+    const clock = data.times
+      ? ` · ${shown(span, 2)} s (time column “${data.timeName}” in ${data.timeUnit})`
+      : ` · no time column, shown at 100 samples/s`;
+    return `${ses.name} · ${data.rows} rows${clock}`;
+  }
+
+  function loadSession(name, bytes) {
+    const data = readSession(name, bytes);
+    if (data.error) {
+      setStatus(data.error, 'error');
       return;
     }
     stopPlayback();
-    S.session = { name, data, times: QuilSession.rowTimes(data) };
-    const skipped = data.bad.length
-      ? ` · ${data.bad.length} row${data.bad.length > 1 ? 's' : ''} skipped (line ${data.bad.slice(0, 3).map((b) => b.line).join(', ')}${data.bad.length > 3 ? ', …' : ''})`
-      : '';
-    const span = S.session.times[data.rows - 1] - S.session.times[0];
-    $('session-name').textContent = `${name} · ${data.rows} rows · ${span.toFixed(2)} s${skipped}`;
+    S.session = { name, bytes, data, times: QuilSession.rowTimes(data) };
+    $('session-name').textContent = sessionSummary(S.session);
     $('cursor').max = String(data.rows - 1);
     S.cursor = 0;
     remapSession();
     S.mode = 'session';
     updateMode();
     showCursor();
-    if (!data.bad.length) setStatus(`${S.hands.length} hands`, 'ok');
-    if (data.bad.length) setStatus(`${name}: ${data.bad[0].why} at line ${data.bad[0].line}${data.bad.length > 1 ? ' and more' : ''}; those rows are left out`, 'warn');
+    const notes = data.notes.map((n) => (/time column/.test(n) ? `${n} (the time unit beside “Open session…” says otherwise)` : n));
+    if (notes.length) setStatus(`${name}: ${notes.join('; ')}`, 'warn');
+    else setStatus(`${S.hands.length} hands`, 'ok');
   }
 
   // Maps the whole session through a fresh handle, with the dropped channels and the policy of
@@ -723,10 +743,12 @@
 
   function readFile(file) {
     const reader = new FileReader();
-    reader.onload = () => loadSession(file.name, String(reader.result));
+    reader.onload = () => loadSession(file.name, new Uint8Array(reader.result));
     reader.onerror = () => setStatus(`cannot read ${file.name}`, 'error');
-    reader.readAsText(file);
+    reader.readAsArrayBuffer(file);
   }
+
+  const sampleBytes = () => new TextEncoder().encode(window.QUIL_SAMPLE_SESSION);
 
   function wire() {
     $('reset').addEventListener('click', () => {
@@ -741,7 +763,8 @@
     $('play').addEventListener('click', () => (S.playing ? stopPlayback() : startPlayback()));
     $('cursor').addEventListener('input', () => { stopPlayback(); setCursor(Number($('cursor').value)); });
     $('export').addEventListener('click', exportCsv);
-    $('sample-session').addEventListener('click', () => loadSession('sample_session.csv', window.QUIL_SAMPLE_SESSION));
+    $('sample-session').addEventListener('click', () => loadSession('sample_session.csv', sampleBytes()));
+    $('time-unit').addEventListener('change', () => { if (S.session) loadSession(S.session.name, S.session.bytes); });
     $('session-file').addEventListener('change', (ev) => { if (ev.target.files[0]) readFile(ev.target.files[0]); ev.target.value = ''; });
 
     const canvas = $('plot');
@@ -788,10 +811,11 @@
     const wanted = decodeURIComponent((location.hash.match(/hand=([^&]+)/) || [])[1] || '');
     const first = S.hands.find((h) => h.name === wanted) || S.hands.find((h) => h.name === PREFERRED_HAND) || S.hands[0];
     if (window.QUIL_SAMPLE_SESSION) {
-      const data = QuilSession.parseSession(window.QUIL_SAMPLE_SESSION);
-      S.session = { name: 'sample_session.csv', data, times: QuilSession.rowTimes(data) };
+      const bytes = sampleBytes();
+      const data = readSession('sample_session.csv', bytes);
+      S.session = { name: 'sample_session.csv', bytes, data, times: QuilSession.rowTimes(data) };
       $('cursor').max = String(data.rows - 1);
-      $('session-name').textContent = `sample_session.csv · ${data.rows} rows · ${(S.session.times[data.rows - 1] - S.session.times[0]).toFixed(2)} s`;
+      $('session-name').textContent = sessionSummary(S.session);
     }
     selectHand(first.name);
     updateMode();

@@ -11,6 +11,9 @@
 //   hand.setDropout('hold')        // or 'pass' (api.DROPOUT_PASS / api.DROPOUT_HOLD)
 //   hand.state()                   -> {dropout, latches, thumb1Ref, thumb2Ref, held}
 //   hand.saveState() / hand.loadState(bytes), hand.reset(), hand.close()
+//   api.readSession(name, bytes, {timeUnit}) -> a recorded session, read by quil-retarget's own
+//                                  reader: {rows, readings, times (s), timeUnit, error, ...}
+//   api.parseNumber(text)          -> the number quil-retarget reads in `text`, or undefined
 //
 // Every call goes straight to quil_linear/hand.h compiled from the library's own sources, so a
 // handle gives the native library's results bit for bit.
@@ -254,8 +257,72 @@
       }
     }
 
+    const FORMATS = { csv: 0, f64: 1, npy: 2 };
+    const UNITS = { s: 0, ms: 1, us: 2 };
+
+    // A recorded session (the bytes of a .csv/.tsv/.txt, .npy or .f64 file) read by the tool's
+    // reader compiled into this module: the same files accepted, the same messages, the same
+    // time unit. `error` is "" or the tool's message (file:line:column or a byte offset); the
+    // rows before a fault are kept. Times are in seconds (null without a time column).
+    function readSession(name, bytes, options = {}) {
+      const data = bytes instanceof Uint8Array ? bytes : new Uint8Array(bytes);
+      const format = options.format in FORMATS ? FORMATS[options.format] : -1;
+      const unit = options.timeUnit in UNITS ? UNITS[options.timeUnit] : -1;
+      const at = M._malloc(Math.max(1, data.length));
+      let s = 0;
+      try {
+        M.HEAPU8.set(data, at);
+        s = withCString(name, (p) => M._quil_session_read(p, at, data.length, format, unit));
+      } finally {
+        M._free(at);
+      }
+      try {
+        const rows = M._quil_session_rows(s);
+        const f64 = (ptr, n) => (ptr ? M.HEAPF64.slice(ptr >>> 3, (ptr >>> 3) + n) : null);
+        const times = f64(M._quil_session_seconds(s), rows);
+        const fileTimes = f64(M._quil_session_times(s), rows);
+        const format = str(M._quil_session_format(s));
+        let timeText = null;
+        if (times && format === 'csv') {
+          timeText = new Array(rows);
+          for (let r = 0; r < rows; r++) timeText[r] = str(M._quil_session_time_text(s, r));
+        }
+        const notes = [];
+        for (let i = 0, n = M._quil_session_note_count(s); i < n; i++) notes.push(str(M._quil_session_note(s, i)));
+        const names = [];
+        for (let i = 0; i < READINGS; i++) names.push(str(M._quil_session_input_name(s, i)));
+        return {
+          name,
+          format,
+          rows,
+          readings: f64(M._quil_session_readings(s), READINGS * rows) || new Float64Array(0),
+          times,
+          fileTimes,
+          timeText,
+          timeName: times ? str(M._quil_session_time_name(s)) : null,
+          timeUnit: times ? str(M._quil_session_time_unit(s)) : null,
+          names,
+          notes,
+          error: str(M._quil_session_error(s)),
+        };
+      } finally {
+        M._quil_session_free(s);
+      }
+    }
+
+    function parseNumber(text) {
+      const out = M._malloc(8);
+      try {
+        return withCString(String(text).trim(), (p) => M._quil_session_parse_number(p, out)) ? M.HEAPF64[out >>> 3] : undefined;
+      } finally {
+        M._free(out);
+      }
+    }
+
     return Object.freeze({
       version: str(M._quil_linear_version()),
+      readSession,
+      parseNumber,
       READINGS,
       TARGETS,
       DROPOUT_PASS: 'pass',

@@ -9,7 +9,7 @@
 // command-line tool's f64 output as a second native witness.
 import { spawnSync } from 'node:child_process';
 import { mkdirSync, readFileSync, writeFileSync, existsSync } from 'node:fs';
-import { join } from 'node:path';
+import { join, resolve } from 'node:path';
 import { pathToFileURL } from 'node:url';
 import { chromium } from 'playwright-core';
 
@@ -189,7 +189,7 @@ try {
     const hands = await page.evaluate(async () => (await window.quilReady).hands());
     assert(JSON.stringify(hands.map(({ name, version, keepsState, slotRoles }) => ({ name, version, keepsState, slotRoles })))
       === JSON.stringify(nativeHands), 'api.hands() differs from the native catalogue');
-    const options = await page.$$eval('#hand-select option', (o) => o.map((x) => [x.value, x.textContent]));
+    const options = await page.$$eval('#hand-select option', (o) => o.map((x) => [x.value, `${x.textContent} ${x.title}`]));
     assert(options.length === nativeHands.length, `${options.length} hands in the picker`);
     for (const [i, h] of nativeHands.entries()) {
       assert(options[i][0] === h.name && options[i][1].includes(h.version), `picker entry ${i}: ${options[i]}`);
@@ -416,7 +416,7 @@ try {
         const want = await page.evaluate(async ({ name, row }) => {
           const api = await window.quilReady;
           const hand = api.open(name);
-          const ses = window.QuilSession.parseSession(window.QUIL_SAMPLE_SESSION);
+          const ses = api.readSession('sample_session.csv', new TextEncoder().encode(window.QUIL_SAMPLE_SESSION));
           const t = hand.mapMany(ses.readings.subarray(0, 12 * (row + 1)));
           const state = hand.state();
           hand.close();
@@ -468,7 +468,7 @@ try {
       if (r === 43) v[4] = 'inf';
       lines.push(`${(r / 50).toFixed(2)};${v.join(';')}`);
     }
-    lines.splice(5, 0, '# a comment', '', '1;2;3');
+    lines.splice(5, 0, '# a comment', '');
     const csv = lines.join('\n') + '\n';
     await page.selectOption('#hand-select', nativeHands.find((x) => x.keepsState).name);
     await page.evaluate((text) => {
@@ -478,7 +478,7 @@ try {
     }, csv);
     await page.waitForFunction(() => document.getElementById('session-name').textContent.startsWith('dropped.csv'));
     const label = await page.textContent('#session-name');
-    assert(/120 rows/.test(label) && /1 row skipped/.test(label), `session label: ${label}`);
+    assert(/120 rows/.test(label) && /time column “t” in s/.test(label), `session label: ${label}`);
     const [download] = await Promise.all([page.waitForEvent('download'), page.click('#export')]);
     const exported = readFileSync(await download.path(), 'utf8').trim().split('\n');
     assert(download.suggestedFilename().startsWith('dropped.'), `file name ${download.suggestedFilename()}`);
@@ -486,7 +486,7 @@ try {
     assert(exported.length === 121, `${exported.length - 1} rows exported`);
     const want = await page.evaluate(async ({ text, name }) => {
       const api = await window.quilReady;
-      const ses = window.QuilSession.parseSession(text);
+      const ses = api.readSession('dropped.csv', new TextEncoder().encode(text));
       const h = api.open(name);
       const t = h.mapMany(ses.readings);
       h.close();
@@ -497,6 +497,139 @@ try {
     const d = firstDifference(new Uint8Array(got.buffer), fromBase64(want), 'export');
     assert(!d, d);
     assert(exported[1].startsWith('0.00,'), `time column: ${exported[1].slice(0, 20)}`);
+  });
+
+  // Real-looking recordings, small and generated: what the tool reads the page reads, to the
+  // same readings; what the tool refuses the page refuses, with the tool's own message.
+  await check('the page reads every file the tool reads and refuses the others with its messages', async () => {
+    const dir = join(out, 'sessions');
+    mkdirSync(dir, { recursive: true });
+    const random = rng(20);
+    const rows = Array.from({ length: 30 }, () => Array.from({ length: 12 }, () => Math.round(random() * 9000) / 100));
+    const fmt = (v) => String(v);
+    const npy = (data, cols) => {
+      let dict = `{'descr': '<f8', 'fortran_order': False, 'shape': (${data.length}, ${cols}), }`;
+      while ((10 + dict.length + 1) % 64) dict += ' ';
+      dict += '\n';
+      const head = Buffer.concat([Buffer.from([0x93]), Buffer.from('NUMPY'), Buffer.from([1, 0, dict.length & 255, dict.length >> 8]), Buffer.from(dict, 'latin1')]);
+      return Buffer.concat([head, Buffer.from(Float64Array.from(data.flat()).buffer)]);
+    };
+    const quoted = ['"Stamp"', ...Array.from({ length: 12 }, (_, i) => `"Sensor ${i}"`)].join(',') + ',';
+    const files = {
+      'radians.txt': rows.map((r) => r.map((v) => fmt(v * Math.PI / 180)).join(' ')).join('\n') + '\n',
+      'aligned.txt': rows.map((r) => r.map((v) => v.toFixed(4).padStart(11)).join('')).join('\n') + '\n',
+      'export.csv': [quoted, ...rows.map((r, k) => `${1715000000000 + 10 * k},${r.map(fmt).join(',')},`)].join('\r\n') + '\r\n',
+      'tabs.tsv': rows.map((r) => r.map(fmt).join('\t')).join('\n'),
+      'timed.npy': npy(rows.map((r, k) => [k * 0.02, ...r]), 13),
+      'commas.csv': 'x0;x1;x2;x3;x4;x5;x6;x7;x8;x9;x10;x11\n' + rows.slice(0, 3).map((r) => r.map((v) => String(v).replace('.', ',')).join(';')).join('\n') + '\n',
+      'short.csv': rows.slice(0, 4).map((r) => r.join(',')).join('\n') + '\n1,2,3\n',
+      'empty.csv': 'time,x0,x1,x2,x3,x4,x5,x6,x7,x8,x9,x10,x11\n',
+      'clock12.csv': 'time,a,b,c,d,e,f,g,h,i,j,k\n' + rows[0].join(',') + '\n',
+      'cut.npy': npy(rows, 12).subarray(0, 128 + 96 * 7 + 50),
+    };
+    const faults = [];
+    for (const [name, content] of Object.entries(files)) {
+      writeFileSync(join(dir, name), content);
+      const got = await page.evaluate(async ({ name, b64 }) => {
+        const api = await window.quilReady;
+        const bin = atob(b64);
+        const bytes = Uint8Array.from(bin, (c) => c.charCodeAt(0));
+        const s = api.readSession(name, bytes);
+        return { error: s.error, rows: s.rows, unit: s.timeUnit, readings: window.__b64.fromF64(s.readings) };
+      }, { name, b64: Buffer.from(content).toString('base64') });
+      const refused = ['commas.csv', 'short.csv', 'empty.csv', 'clock12.csv', 'cut.npy'].includes(name);
+      if (refused !== (got.error !== '')) faults.push(`${name}: page says "${got.error}"`);
+      if (name === 'export.csv' && got.unit !== 'ms') faults.push(`${name}: time unit ${got.unit}`);
+      if (!refused && got.rows !== rows.length) faults.push(`${name}: ${got.rows} rows`);
+      if (!args.tool) continue;
+      const tool = spawnSync(resolve(args.tool), ['map', '-m', nativeHands[0].name, name, '--to', 'f64', '-q'], { cwd: dir });
+      const said = tool.stderr.toString();
+      if ((tool.status !== 0) !== refused) faults.push(`${name}: the tool exits ${tool.status}: ${said}`);
+      if (refused && said.split('\n')[0] !== `quil-retarget: ${got.error}`) faults.push(`${name}: the tool says "${said.trim()}", the page "${got.error}"`);
+      if (!refused) {
+        // The same readings: the tool's targets are what the page's hand maps from the page's readings.
+        const want = await page.evaluate(async ({ hand, readings }) => {
+          const api = await window.quilReady;
+          const h = api.open(hand);
+          const t = h.mapMany(window.__b64.toF64(readings));
+          h.close();
+          return window.__b64.fromF64(t);
+        }, { hand: nativeHands[0].name, readings: got.readings });
+        const d = firstDifference(new Uint8Array(tool.stdout), fromBase64(want), name);
+        if (d) faults.push(d);
+      }
+    }
+    assert(faults.length === 0, faults.join('\n'));
+    // Dropped on the page, a refused file names its place in the status line.
+    await page.evaluate((text) => {
+      const dt = new DataTransfer();
+      dt.items.add(new File([text], 'commas.csv', { type: 'text/csv' }));
+      window.dispatchEvent(new DragEvent('drop', { dataTransfer: dt, bubbles: true, cancelable: true }));
+    }, files['commas.csv']);
+    await page.waitForFunction(() => document.getElementById('status').textContent.startsWith('commas.csv:2:'));
+    assert(/decimal commas/.test(await page.textContent('#status')), await page.textContent('#status'));
+  });
+
+  await check('a millisecond clock plays in real time, and the unit can be set', async () => {
+    const lines = ['"Timestamp";' + Array.from({ length: 12 }, (_, i) => `"ch ${i}"`).join(';')];
+    for (let r = 0; r < 300; r++) lines.push(`${1715000000000 + 10 * r};${Array.from({ length: 12 }, (_, i) => (30 + 20 * Math.sin(r / 20 + i)).toFixed(2)).join(';')}`);
+    await page.evaluate((text) => {
+      const dt = new DataTransfer();
+      dt.items.add(new File([text], 'clock.csv', { type: 'text/csv' }));
+      window.dispatchEvent(new DragEvent('drop', { dataTransfer: dt, bubbles: true, cancelable: true }));
+    }, lines.join('\n') + '\n');
+    await page.waitForFunction(() => document.getElementById('session-name').textContent.startsWith('clock.csv'));
+    const label = await page.textContent('#session-name');
+    assert(/300 rows · 2\.99 s \(time column “Timestamp” in ms\)/.test(label), `session label: ${label}`);
+    assert(/read as milliseconds/.test(await page.textContent('#status')), 'no note that the unit was detected');
+    // 100 rows a second of the recording: after a second of playback the cursor is near row 100
+    // (a clock taken for seconds would leave it on row 0).
+    const played = await page.evaluate(async () => {
+      const c = document.getElementById('cursor');
+      c.value = '0';
+      c.dispatchEvent(new Event('input'));
+      const t0 = performance.now();
+      document.getElementById('play').click();
+      await new Promise((r) => setTimeout(r, 1000));
+      const row = Number(c.value);
+      const seconds = (performance.now() - t0) / 1000;
+      document.getElementById('play').click();
+      return { row, seconds };
+    });
+    assert(played.row / 100 > played.seconds * 0.5 && played.row / 100 < played.seconds + 0.1,
+      `cursor at row ${played.row} after ${played.seconds.toFixed(2)} s at 100 rows/s`);
+    const cursorLabel = await page.textContent('#cursor-label');
+    assert(/^\d\.\d\d s · row/.test(cursorLabel), `cursor label ${cursorLabel}`);
+    await page.selectOption('#time-unit', 's');
+    await page.waitForFunction(() => /in s\)/.test(document.getElementById('session-name').textContent));
+    assert(/2990\.00 s/.test(await page.textContent('#session-name')), await page.textContent('#session-name'));
+    await page.selectOption('#time-unit', 'auto');
+  });
+
+  await check('the hand picker and the number boxes show their whole text', async () => {
+    const clipped = await page.evaluate(async () => {
+      const out = [];
+      const select = document.getElementById('hand-select');
+      const ctx = document.createElement('canvas').getContext('2d');
+      const style = getComputedStyle(select);
+      ctx.font = `${style.fontWeight} ${style.fontSize} ${style.fontFamily}`;
+      const room = select.clientWidth - parseFloat(style.paddingLeft) - parseFloat(style.paddingRight) - 20;
+      for (const o of select.options) if (ctx.measureText(o.textContent).width > room) out.push(`picker: ${o.textContent}`);
+      const api = await window.quilReady;
+      for (const v of [-19.999, 119.995, 0.0017453292519943296, 1715000000123, -0.5]) {
+        const box = document.getElementById('reading-value-4');
+        box.value = '';
+        // As the page writes a reading into its box.
+        document.getElementById('reading-4').value = '0';
+        box.dispatchEvent(new Event('focus'));
+        box.value = String(v);
+        box.dispatchEvent(new Event('change'));
+        box.blur();
+        if (box.scrollWidth > box.clientWidth) out.push(`box: ${box.value} (${box.scrollWidth} > ${box.clientWidth})`);
+      }
+      return out;
+    });
+    assert(clipped.length === 0, clipped.join('\n'));
   });
 
   await check('the site opened from disk, without a server, gives the same bits', async () => {
@@ -533,7 +666,7 @@ try {
   await page.click('#sample-session');
   const shot = await page.evaluate(async (names) => {
     const api = await window.quilReady;
-    const ses = window.QuilSession.parseSession(window.QUIL_SAMPLE_SESSION);
+    const ses = api.readSession('sample_session.csv', new TextEncoder().encode(window.QUIL_SAMPLE_SESSION));
     const row = 1050;
     for (const name of names) {
       const h = api.open(name);

@@ -10,14 +10,17 @@ needs from sample to sample (pinch latches, thumb references, held readings).
 
 quil_linear.hands() lists every hand; Hand.slots says what each of its 24 output slots is
 (role, kind, relation, range, the readings that move it); quil_linear.readings() names the
-twelve readings the hands expect, in degrees.
+twelve readings the hands expect, in degrees; quil_linear.read_session(path) reads a recorded
+session exactly as quil-retarget reads it.
 """
-from typing import List, NamedTuple, Tuple
+import os
+from typing import List, NamedTuple, Optional, Tuple
 
 from . import _core
 from ._core import Hand
 
-__all__ = ["Hand", "HandInfo", "Slot", "Reading", "hands", "readings", "closest_hands", "__version__"]
+__all__ = ["Hand", "HandInfo", "Slot", "Reading", "hands", "readings", "closest_hands", "read_session", "Session",
+           "SessionError", "__version__"]
 
 #: The library's version, "MAJOR.MINOR.PATCH" (quil_linear_version() of the C API).
 __version__ = _core.version()
@@ -80,6 +83,66 @@ def hands() -> List[HandInfo]:
 def closest_hands(name: str, count: int = 3) -> List[str]:
     """The names of the `count` hands closest to `name`, best first (for "did you mean")."""
     return _core.closest(name, count)
+
+
+class Session:
+    """A recorded session read by read_session().
+
+    readings:   (N, 12) float64, C-contiguous: the glove readings x0..x11 of each sample
+    times:      (N,) float64 in seconds, or None when the file has no time column
+    time_unit:  what the file's time column is in: "s", "ms", "us", or None without one
+    time_name:  the time column's name (the heading's, else "time"), or None
+    names:      the file's own names of x0..x11 (empty strings without a heading)
+    format:     "csv", "f64" or "npy", as the file was read
+    notes:      what the reader decided on its own, as sentences (a time unit it detected)
+    path:       the file, as messages name it
+    """
+
+    __slots__ = ("readings", "times", "time_unit", "time_name", "names", "format", "notes", "path")
+
+    def __init__(self, d):
+        for k in self.__slots__:
+            setattr(self, k, d[k])
+
+    def __len__(self):
+        return len(self.readings)
+
+    def __repr__(self):
+        timed = "no time column" if self.times is None else "time column %r in %s" % (self.time_name, self.time_unit)
+        return "<quil_linear.Session %r: %d samples, %s, %s>" % (self.path, len(self.readings), self.format, timed)
+
+
+class SessionError(ValueError):
+    """A session file quil-retarget would refuse; the message names file:line:column (or the
+    byte offset, or the npy header problem), as the tool's does. `session` holds the rows
+    before the fault (a Session, possibly of 0 rows)."""
+
+    def __init__(self, message, session=None):
+        super().__init__(message)
+        self.session = session
+
+
+def read_session(path, time_unit: Optional[str] = None, format: Optional[str] = None) -> Session:
+    """Reads a whole recorded session with quil-retarget's own readers and rules.
+
+    path: a .csv/.tsv/.txt file (commas, semicolons, tabs or runs of spaces; 12 readings per
+    row, or 13 with the time first; an optional heading), a .npy array (N, 12) or (N, 13), or
+    a .f64 file of raw little-endian doubles; "-" reads standard input. format ("csv", "f64",
+    "npy") overrides the extension.
+    time_unit: what the file's time column is in, "s", "ms" or "us". None: the unit the
+    column's name states (time_ms, "t [us]"), else the one its steps suggest, else seconds;
+    a guess is said in Session.notes. Session.times is always in seconds.
+
+    Raises SessionError (a ValueError) for malformed or empty input, OSError for a file that
+    cannot be read. Reads in the calling thread with the GIL released.
+    """
+    d = _core.read_session(os.fsdecode(path), format or "", time_unit or "")
+    session = Session(d)
+    if d["error"] is not None:
+        if d["io_error"]:
+            raise OSError(d["error"])
+        raise SessionError(d["error"], session)
+    return session
 
 
 Hand.__module__ = __name__
