@@ -158,7 +158,7 @@ def _meta(hand_name, info, action_names, episodes, options):
         "sources": [e["path"] for e in episodes],
         "time_units": [e["time_unit"] for e in episodes],
         "dropout": options["dropout"],
-        "action": options["action"],
+        "action_convention": options["action"],
         "dtype": options["dtype"],
         "fps": options["fps"],
         "profile": options["profiles"].get(hand_name),
@@ -198,7 +198,7 @@ def write_robomimic(path, meta, episodes, stats):
             "env_name": meta["hand"],
             # No simulator stands behind a glove recording: train with rollouts off.
             "type": 2,
-            "env_kwargs": {k: meta[k] for k in ("hand", "hand_version", "library_version", "dropout", "action",
+            "env_kwargs": {k: meta[k] for k in ("hand", "hand_version", "library_version", "dropout", "action_convention",
                                                 "fps", "profile")},
         })
         _h5_attrs(data, meta)
@@ -208,7 +208,7 @@ def write_robomimic(path, meta, episodes, stats):
             n = len(e["actions"])
             demo.attrs["num_samples"] = np.int64(n)
             demo.attrs["source"] = e["path"]
-            _final_attrs(demo, e, meta["action"])
+            _final_attrs(demo, e, meta["action_convention"])
             demo.create_dataset("actions", data=e["actions"])
             demo.create_dataset("obs/glove_readings", data=e["readings"])
             demo.create_dataset("obs/hand_targets", data=e["targets"])
@@ -232,7 +232,7 @@ def write_act(path, meta, episodes, stats):
             f.attrs["stats"] = json.dumps(stats)
             f.attrs["episode_index"] = np.int64(i)
             f.attrs["source"] = e["path"]
-            _final_attrs(f, e, meta["action"])
+            _final_attrs(f, e, meta["action_convention"])
             f.create_dataset("observations/qpos", data=e["targets"])
             f.create_dataset("observations/qvel", data=np.zeros_like(e["targets"]))
             f.create_dataset("observations/glove_readings", data=e["readings"])
@@ -266,8 +266,8 @@ def write_zarr(path, meta, episodes, stats):
     attrs = dict(meta)
     attrs["stats"] = stats
     attrs["final_readings"] = [None if e["final_reading"] is None else [float(x) for x in e["final_reading"]]
-                               for e in episodes] if meta["action"] == "next" else None
-    attrs["final_times"] = [e["final_time"] for e in episodes] if meta["action"] == "next" else None
+                               for e in episodes] if meta["action_convention"] == "next" else None
+    attrs["final_times"] = [e["final_time"] for e in episodes] if meta["action_convention"] == "next" else None
     root.attrs.update({k: v for k, v in attrs.items() if v is not None})
 
 

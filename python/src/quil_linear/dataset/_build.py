@@ -150,6 +150,7 @@ def build(layout, hands, sessions, out_dir, profiles=None, dropout="pass", actio
              for h, p in zip(hands, finals)}
     bar = Progress(len(hands) * (len(episodes) + 1), enabled=progress)
     client = cluster = None
+    futures, failed = [], False
     try:
         for t in temps.values():
             remove(t)
@@ -157,7 +158,7 @@ def build(layout, hands, sessions, out_dir, profiles=None, dropout="pass", actio
         from dask.distributed import as_completed
 
         sources = client.scatter([(e.path, e.time_unit, e.readings, e.times) for e in episodes])
-        futures, what = [], {}
+        what = {}
         for h in hands:
             mapped = []
             for e, src in zip(episodes, sources):
@@ -184,11 +185,16 @@ def build(layout, hands, sessions, out_dir, profiles=None, dropout="pass", actio
             out.append(summary)
         return out
     except BaseException:
-        for t in temps.values():
-            remove(t)
+        failed = True
         raise
     finally:
         if client is not None:
+            if failed:
+                client.cancel(futures)
             client.close()
         if cluster is not None:
-            cluster.close()
+            cluster.close()  # waits for the tasks still running on its threads
+        if failed:
+            # Hidden, never a dataset's name; still, leave nothing behind.
+            for t in temps.values():
+                remove(t)

@@ -28,12 +28,12 @@ def _meta_h5(path, attrs):
     def get(k, default=None):
         return attrs[k] if k in attrs else default
 
-    for k in ("hand", "dropout", "action", "dtype", "action_names", "sources"):
+    for k in ("hand", "dropout", "action_convention", "dtype", "action_names", "sources"):
         if k not in attrs:
             _fail(path, "attribute %r is missing" % k)
     fps = get("fps")
     return {
-        "hand": _text(attrs["hand"]), "dropout": _text(attrs["dropout"]), "action": _text(attrs["action"]),
+        "hand": _text(attrs["hand"]), "dropout": _text(attrs["dropout"]), "action": _text(attrs["action_convention"]),
         "dtype": _text(attrs["dtype"]), "fps": None if fps is None else float(fps),
         "profile": None if get("profile") is None else _text(get("profile")),
         "action_names": [_text(x) for x in attrs["action_names"]],
@@ -130,10 +130,11 @@ def _read_zarr(path):
 
     root = zarr.open_group(zarr.DirectoryStore(path), mode="r")
     at = root.attrs.asdict()
-    for k in ("hand", "dropout", "action", "dtype", "action_names", "sources"):
+    for k in ("hand", "dropout", "action_convention", "dtype", "action_names", "sources"):
         _check(path, k in at, "attribute %r is missing" % k)
-    meta = {k: at.get(k) for k in ("hand", "dropout", "action", "dtype", "fps", "profile", "action_names", "sources",
+    meta = {k: at.get(k) for k in ("hand", "dropout", "dtype", "fps", "profile", "action_names", "sources",
                                    "time_units")}
+    meta["action"] = at["action_convention"]
     ends = root["meta/episode_ends"][:]
     _check(path, ends.dtype == np.int64 and ends.ndim == 1, "meta/episode_ends is not a 1-D int64 array")
     total = root["data/action"].shape[0]
