@@ -162,12 +162,22 @@ def files_of(path):
     return {str(p.relative_to(path)): p.read_bytes() for p in sorted(path.rglob("*")) if p.is_file()}
 
 
-def test_two_dask_workers_write_the_same_files_as_one(tmp_path, sessions):
+def test_two_dask_workers_and_a_running_scheduler_write_the_same_files_as_one(tmp_path, sessions):
+    from dask.distributed import LocalCluster
+
     for layout in ("robomimic", "zarr"):
-        one = build(tmp_path / "one", layout, sessions, workers=1, action="next")
-        two = build(tmp_path / "two", layout, sessions, workers=2, action="next")
-    assert files_of(tmp_path / "one") == files_of(tmp_path / "two")
-    assert len(files_of(tmp_path / "one")) > 20 and one[0]["steps"] == two[0]["steps"]
+        build(tmp_path / "one", layout, sessions, workers=1, action="next")
+        build(tmp_path / "two", layout, sessions, workers=2, action="next")
+    one = files_of(tmp_path / "one" / "out")
+    assert len(one) > 20 and one == files_of(tmp_path / "two" / "out")
+    # A scheduler already running, on the loopback address, for the command line.
+    with LocalCluster(n_workers=2, threads_per_worker=1, processes=False, host="127.0.0.1", protocol="tcp",
+                      dashboard_address=None) as cluster:
+        for layout in ("robomimic", "zarr"):
+            r = run_cli("--to", layout, "--hands", ",".join(HANDS), "--action", "next", "--scheduler",
+                        cluster.scheduler_address, *[s[0] for s in sessions], "-o", tmp_path / "three", timeout=120)
+            assert r.returncode == 0, r.stderr
+    assert files_of(tmp_path / "three") == one
 
 
 def test_verify_finds_a_changed_action(tmp_path, sessions):
