@@ -254,3 +254,30 @@ def test_ctrl_c_leaves_nothing_that_looks_complete(tmp_path):
     _, err = p.communicate(timeout=60)
     assert p.returncode == 130 and b"interrupted" in err
     assert os.listdir(out) == []
+
+
+@pytest.mark.skipif(not hasattr(quil_linear, "Profile"), reason="wiring profiles are not in this quil_linear yet")
+@pytest.mark.parametrize("layout", dataset.LAYOUTS)
+def test_a_profile_makes_the_actions_its_commands(tmp_path, sessions, layout):
+    import json
+
+    profile = tmp_path / "ruiyan.json"
+    profile.write_text(json.dumps({"hand": "RUIYAN_RY_H15", "hold_after": 0.05, "safe_after": 0.2, "outputs": [
+        {"name": "index_mcp", "slot": 6, "scale": 0.01745, "offset": 0.0, "min": -1.6, "max": 1.6, "safe": 0.0,
+         "smoothing": {"kind": "one_euro", "min_cutoff": 1.0, "beta": 0.02, "d_cutoff": 1.0}, "max_rate": 4.0},
+        {"name": "thumb_rot", "slot": 3, "scale": -0.01745, "offset": 0.1, "min": -2.0, "max": 2.0}]}))
+    timed = sessions[:2]
+    summaries = dataset.build(layout, ["RUIYAN_RY_H15", HANDS[0]], [s[0] for s in timed], str(tmp_path / "out"),
+                              profiles={"ruiyan_ry_h15": str(profile)}, action="next", workers=1)
+    episodes, attrs = READ[layout](summaries[0]["path"])
+    hand_of = lambda: quil_linear.Hand("RUIYAN_RY_H15", profile=quil_linear.Profile.load(profile))  # noqa: E731
+    assert list(attrs["action_names"]) == list(hand_of().output_names) == ["index_mcp", "thumb_rot"]
+    for (acts, tgts, _), (_, readings, times) in zip(episodes, timed):
+        out = hand_of().map(readings, times=times)
+        assert same_bits(acts, out[1:]) and same_bits(tgts, out[:-1])
+    with pytest.raises(dataset.DatasetError, match="plain.npy.*time column"):
+        dataset.build(layout, ["RUIYAN_RY_H15"], [sessions[2][0]], str(tmp_path / "out2"),
+                      profiles={"RUIYAN_RY_H15": str(profile)})
+    profile.write_text("{}")  # the dataset keeps the wiring it was made with
+    assert dataset.verify(summaries[0]["path"])["recomputed_from"] == "sources"
+    assert list(READ[layout](summaries[1]["path"])[1]["action_names"]) == list(quil_linear.Hand(HANDS[0]).slot_roles)

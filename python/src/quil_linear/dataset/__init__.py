@@ -107,8 +107,15 @@ def map_episode(hand_name, dropout, profile, readings, times):
     """What a fresh Hand gives for one episode, sample by sample in order (float64)."""
     if profile is None:
         return quil_linear.Hand(hand_name, dropout=dropout).map(readings)
-    hand = quil_linear.Hand(hand_name, dropout=dropout, profile=quil_linear.Profile.load(profile))
+    hand = quil_linear.Hand(hand_name, dropout=dropout, profile=load_profile(profile))
     return hand.map(readings, times=times)
+
+
+def load_profile(profile):
+    """A wiring profile from its file, or from the dict a dataset recorded of it."""
+    if isinstance(profile, dict):
+        return quil_linear.Profile.from_dict(profile)
+    return quil_linear.Profile.load(profile)
 
 
 def episode_arrays(outputs, readings, times, action, dtype):
@@ -148,6 +155,12 @@ def feature_stats(values):
 # ---------------------------------------------------------------------------------------------
 # Writers: one hand's dataset from its episodes' outputs, into a path nobody reads yet.
 
+def _profile_json(path):
+    if path is None:
+        return None
+    return json.dumps(load_profile(path).to_dict(), sort_keys=True)
+
+
 def _meta(hand_name, info, action_names, episodes, options):
     return {
         "hand": hand_name,
@@ -162,6 +175,8 @@ def _meta(hand_name, info, action_names, episodes, options):
         "dtype": options["dtype"],
         "fps": options["fps"],
         "profile": options["profiles"].get(hand_name),
+        # The wiring itself, so the dataset can be checked after the file has changed or gone.
+        "profile_json": _profile_json(options["profiles"].get(hand_name)),
         "layout": options["layout"],
     }
 

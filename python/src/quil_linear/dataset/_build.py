@@ -79,7 +79,10 @@ def resolve_profiles(profiles, hands):
 def action_names_of(hand, profile):
     if profile is None:
         return tuple(quil_linear.Hand(hand).slot_roles)
-    return tuple(quil_linear.Hand(hand, profile=quil_linear.Profile.load(profile)).output_names)
+    try:
+        return tuple(quil_linear.Hand(hand, profile=quil_linear.Profile.load(profile)).output_names)
+    except ValueError as e:  # a profile wired for another hand
+        raise DatasetError(str(e) if profile in str(e) else "%s: %s" % (profile, e), status=1)
 
 
 def _map_source(hand, dropout, profile, source):
@@ -138,6 +141,9 @@ def build(layout, hands, sessions, out_dir, profiles=None, dropout="pass", actio
         if action == "next" and len(ep) < 2:
             raise DatasetError("%s: one sample gives no step with --action next (its action would be the next "
                                "sample's)" % path)
+        if profiles and ep.times is None:
+            raise DatasetError("%s: a wiring profile (--profile %s) needs the sample times, and this session has "
+                               "no time column" % (path, next(iter(profiles))))
         episodes.append(ep)
 
     options = {"layout": layout, "dropout": dropout, "action": action, "dtype": dtype, "fps": fps,

@@ -36,6 +36,7 @@ def _meta_h5(path, attrs):
         "hand": _text(attrs["hand"]), "dropout": _text(attrs["dropout"]), "action": _text(attrs["action_convention"]),
         "dtype": _text(attrs["dtype"]), "fps": None if fps is None else float(fps),
         "profile": None if get("profile") is None else _text(get("profile")),
+        "profile_json": None if get("profile_json") is None else _text(get("profile_json")),
         "action_names": [_text(x) for x in attrs["action_names"]],
         "sources": [_text(x) for x in attrs["sources"]],
         "time_units": [_text(x) or None for x in get("time_units", [])],
@@ -132,8 +133,8 @@ def _read_zarr(path):
     at = root.attrs.asdict()
     for k in ("hand", "dropout", "action_convention", "dtype", "action_names", "sources"):
         _check(path, k in at, "attribute %r is missing" % k)
-    meta = {k: at.get(k) for k in ("hand", "dropout", "dtype", "fps", "profile", "action_names", "sources",
-                                   "time_units")}
+    meta = {k: at.get(k) for k in ("hand", "dropout", "dtype", "fps", "profile", "profile_json", "action_names",
+                                   "sources", "time_units")}
     meta["action"] = at["action_convention"]
     ends = root["meta/episode_ends"][:]
     _check(path, ends.dtype == np.int64 and ends.ndim == 1, "meta/episode_ends is not a 1-D int64 array")
@@ -202,7 +203,8 @@ def verify(path):
                 readings = np.vstack([readings, np.asarray(ep["final_reading"], np.float64).reshape(1, 12)])
             if ep["times"] is not None and not np.all(np.isnan(ep["times"])):
                 times = ep["times"] if not nxt else np.append(ep["times"], ep["final_time"])
-        outputs = map_episode(meta["hand"], meta["dropout"], meta["profile"], readings, times)
+        profile = json.loads(meta["profile_json"]) if meta.get("profile_json") else meta["profile"]
+        outputs = map_episode(meta["hand"], meta["dropout"], profile, readings, times)
         actions, targets, rd, tm = episode_arrays(outputs, readings, times, meta["action"], meta["dtype"])
         for name, mine, theirs in (("readings", ep["readings"], rd), ("actions", ep["actions"], actions),
                                    ("hand targets", ep["targets"], targets)):
