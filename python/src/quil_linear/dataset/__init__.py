@@ -49,11 +49,11 @@ def reading_names():
 class Episode:
     """One session as the hands see it: readings (N, 12) float64, times (N,) seconds or None."""
 
-    __slots__ = ("path", "readings", "times", "time_unit", "recorded_rows")
+    __slots__ = ("path", "readings", "times", "time_unit", "recorded_rows", "notes")
 
-    def __init__(self, path, readings, times, time_unit, recorded_rows):
+    def __init__(self, path, readings, times, time_unit, recorded_rows, notes=()):
         self.path, self.readings, self.times = path, readings, times
-        self.time_unit, self.recorded_rows = time_unit, recorded_rows
+        self.time_unit, self.recorded_rows, self.notes = time_unit, recorded_rows, list(notes)
 
     def __len__(self):
         return len(self.readings)
@@ -100,7 +100,7 @@ def load_episode(path, fps=None, time_unit=None):
     readings, times = s.readings, s.times
     if fps is not None:
         readings, times = resample(readings, times, fps, s.path)
-    return Episode(str(path), readings, times, s.time_unit, len(s.readings))
+    return Episode(str(path), readings, times, s.time_unit, len(s.readings), s.notes)
 
 
 def map_episode(hand_name, dropout, profile, readings, times):

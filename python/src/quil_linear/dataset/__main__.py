@@ -98,7 +98,8 @@ def run_build(argv):
     summaries = build(args.to, hands, args.sessions, args.out, profiles=parse_profiles(ap, args.profile),
                       dropout=args.dropout, action=args.action, dtype=args.dtype, fps=args.fps,
                       time_unit=args.time_unit, scheduler=args.scheduler, workers=args.workers,
-                      overwrite=args.overwrite, progress=not args.quiet)
+                      overwrite=args.overwrite, progress=not args.quiet,
+                      say=None if args.quiet else lambda text: print(text, file=sys.stderr))
     for s in summaries:
         print("%-28s %3d episodes %9d steps  %2d actions  -> %s"
               % (s["hand"], s["episodes"], s["steps"], s["width"], s["path"]))

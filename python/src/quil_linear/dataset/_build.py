@@ -100,12 +100,13 @@ def _client(scheduler, workers):
 
 
 def build(layout, hands, sessions, out_dir, profiles=None, dropout="pass", action="same", dtype="float64",
-          fps=None, time_unit=None, scheduler=None, workers=None, overwrite=False, progress=False):
+          fps=None, time_unit=None, scheduler=None, workers=None, overwrite=False, progress=False, say=None):
     """Builds one `layout` dataset per hand in `out_dir` from the sessions, one episode each,
     in the order given. Returns one summary dict per hand (hand, path, episodes, steps, width).
 
     profiles: {hand: wiring profile file}; that hand's actions are then its commands.
     workers:  local Dask workers (threads of this process) when no `scheduler` address is given.
+    say:      called with each note about the input (a time unit the reader guessed).
     Raises DatasetError (with .status) for bad input, before anything is written; removes
     what it wrote when interrupted or failing part way.
     """
@@ -144,6 +145,8 @@ def build(layout, hands, sessions, out_dir, profiles=None, dropout="pass", actio
         if profiles and ep.times is None:
             raise DatasetError("%s: a wiring profile (--profile %s) needs the sample times, and this session has "
                                "no time column" % (path, next(iter(profiles))))
+        for note in ep.notes if say else ():
+            say("note: %s" % note)
         episodes.append(ep)
 
     options = {"layout": layout, "dropout": dropout, "action": action, "dtype": dtype, "fps": fps,
