@@ -116,7 +116,8 @@ def test_layout_read_back_as_the_training_tool_does(tmp_path, sessions, layout, 
             for got, want in zip((acts, tgts, rd), reference(hand, readings, action, dtype)):
                 assert got.dtype == np.dtype(dtype) and same_bits(got, want)
         names = list(attrs["action_names"])
-        assert names == list(quil_linear.Hand(hand).slot_roles) and list(attrs["reading_names"]) == ["x%d" % i for i in range(12)]
+        assert names == list(quil_linear.Hand(hand).slot_roles)
+        assert list(attrs["reading_names"]) == list(dataset.reading_names()) and len(attrs["reading_names"]) == 12
         assert attrs["hand"] == hand and attrs["action_convention"] == action and attrs["dropout"] == "pass"
         assert list(attrs["sources"]) == [x[0] for x in sessions]
         assert dataset.verify(s["path"])["steps"] == sum(len(e[0]) for e in episodes)
