@@ -62,7 +62,7 @@ ParallelCompile("QUIL_BUILD_JOBS").install()
 setup(
     version=version,
     package_dir={"": "src"},
-    packages=["quil_linear"],
+    packages=["quil_linear", "quil_linear.dataset"],
     ext_modules=[extension],
     cmdclass={"build_ext": build_ext},
 )

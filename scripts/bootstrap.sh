@@ -10,6 +10,8 @@ packages+=(clang-14 libfuzzer-14-dev emscripten chromium)
 # The Python package (built offline into a venv of Debian's python3), its tests and examples.
 packages+=(python3-dev python3-venv python3-setuptools python3-wheel python3-pybind11 python3-numpy
            python3-pytest python3-matplotlib python3-distributed)
+# Training datasets (python -m quil_linear.dataset): HDF5 and zarr.
+packages+=(python3-h5py python3-zarr)
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")

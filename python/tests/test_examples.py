@@ -1,9 +1,11 @@
 """The Python examples run as a user runs them, and write what they say they write."""
 import json
+import os
 import subprocess
 import sys
 
 import numpy as np
+import pytest
 
 import quil_linear
 from conftest import REPO, pinch_walk, same_bits
@@ -70,3 +72,13 @@ def test_many_sessions_on_a_local_dask_cluster(tmp_path):
     assert record["time_unit"] == "ms" and abs(record["seconds_recorded"] - 0.312) < 1e-6
     assert json.loads((tmp_path / "out" / "plain.json").read_text())["seconds_recorded"] is None
     assert json.loads((tmp_path / "out" / "walk.json").read_text())["seconds_recorded"] == 14.99
+
+
+def test_dataset_example_builds_verifies_and_plots(tmp_path):
+    pytest.importorskip("h5py")
+    pytest.importorskip("zarr")
+    out = run("03_dataset.py", "--to", "zarr", "--out", tmp_path)
+    assert "3 zarr datasets from 4 sessions" in out.stdout and out.stdout.count("\nok ") + out.stdout.startswith("ok ") == 3
+    assert sorted(os.listdir(tmp_path / "zarr")) == ["CHOHO_Hand.zarr", "ROBOTERA_XHAND1.zarr", "RUIYAN_RY_H15.zarr"]
+    png = tmp_path / "episode_0.png"
+    assert png.read_bytes()[:8] == b"\x89PNG\r\n\x1a\n" and png.stat().st_size > 50000
