@@ -39,12 +39,8 @@ class DatasetError(ValueError):
 
 
 def reading_names():
-    """The names of the twelve glove readings, as datasets record them: the library's own
-    names where it gives them, else x0..x11."""
-    readings = getattr(quil_linear, "readings", None)
-    if readings is None:
-        return tuple("x%d" % i for i in range(12))
-    return tuple(r.name for r in readings())
+    """The names of the twelve glove readings, as datasets record them: the library's own."""
+    return tuple(r.name for r in quil_linear.readings())
 
 
 # ---------------------------------------------------------------------------------------------
