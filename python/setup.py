@@ -36,7 +36,7 @@ def in_root(*patterns):
 version = library_version()
 
 # The library as its own build compiles it (CMake's quil_linear_objects).
-library_sources = in_root("core/*.cpp", "models/*.cpp", "api/exports.cpp", "api/hand.cpp")
+library_sources = in_root("core/*.cpp", "models/*.cpp", "api/exports.cpp", "api/hand.cpp", "api/profile.cpp")
 # Headers and the symbol map: a change to any of them rebuilds the extension.
 depends = in_root("core/*.h", "models/*.h", "api/*.h", "include/quil_linear/*.h", "include/quil_linear/*.hpp")
 version_script = os.path.join("src", "extension.map")

@@ -202,4 +202,7 @@ QUIL_API const char* quil_linear_version(void);
 }
 #endif
 
+/* Wiring profiles and the safety stage: the hand's own command vector instead of 24 targets. */
+#include "quil_linear/profile.h"
+
 #endif /* QUIL_LINEAR_HAND_H */
