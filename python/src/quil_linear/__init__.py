@@ -9,13 +9,19 @@ needs from sample to sample (pinch latches, thumb references, held readings).
     targets = hand.map(readings)        # (N, 12) -> (N, 24) float64, in order
 
 quil_linear.hands() lists every hand with what its 24 output slots drive.
+
+A wiring profile turns the targets into the hand driver's own commands, through a safety stage:
+
+    hand = quil_linear.Hand("RUIYAN_RY_H15", profile=quil_linear.Profile.load("profile.json"))
+    commands = hand.map(readings, times=times)   # (N, len(hand.output_names)) float64
 """
 from typing import List, NamedTuple, Tuple
 
 from . import _core
 from ._core import Hand
+from .profile import Profile
 
-__all__ = ["Hand", "HandInfo", "hands", "closest_hands", "__version__"]
+__all__ = ["Hand", "HandInfo", "Profile", "hands", "closest_hands", "__version__"]
 
 #: The library's version, "MAJOR.MINOR.PATCH" (quil_linear_version() of the C API).
 __version__ = _core.version()
