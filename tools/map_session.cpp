@@ -17,6 +17,7 @@
 
 #include "progress.h"
 #include "quil_linear/hand.hpp"
+#include "profile_json.h"
 #include "retarget_io.h"
 #include "run_record.h"
 #include "svg_plot.h"
@@ -68,6 +69,7 @@ class Sink {
     // After the last row; "" or what went wrong.
     virtual std::string finish(std::uint64_t) { return ""; }
     bool time_written = false;
+    std::size_t width = 24;  // values per row: the 24 targets, or a profile's commands
 };
 
 class CsvSink : public Sink {
@@ -99,7 +101,7 @@ class CsvSink : public Sink {
                     time = quoted_;
                 }
             }
-            char* p = out_.reserve(time.size() + 25 * (kMaxNumberText + 1) + 1);
+            char* p = out_.reserve(time.size() + (width + 1) * (kMaxNumberText + 1) + 1);
             if (info_.has_time) {
                 if (info_.time_as_text) {
                     std::memcpy(p, time.data(), time.size());
@@ -109,8 +111,8 @@ class CsvSink : public Sink {
                 }
                 *p++ = ',';
             }
-            const double* t = targets + r * 24;
-            for (int i = 0; i < 24; ++i) {
+            const double* t = targets + r * width;
+            for (std::size_t i = 0; i < width; ++i) {
                 p = format_number(p, t[i]);
                 *p++ = ',';
             }
@@ -138,12 +140,12 @@ class F64Sink : public Sink {
     explicit F64Sink(OutputFile& out) : out_(out) {}
     void begin(const SourceInfo&) override {}
     void write(const Block& b, const double* targets) override {
-        const std::size_t n = b.rows * 24 * sizeof(double);
+        const std::size_t n = b.rows * width * sizeof(double);
         char* p = out_.reserve(n);
         std::memcpy(p, targets, n);
         out_.commit(p + n);
     }
-    double* direct(std::size_t rows) override { return aligned_room(out_, rows); }
+    double* direct(std::size_t rows) override { return width == 24 ? aligned_room(out_, rows) : nullptr; }
     void wrote_direct(std::size_t rows) override {
         out_.commit(out_.reserve(rows * 24 * sizeof(double)) + rows * 24 * sizeof(double));
     }
@@ -159,25 +161,25 @@ class NpySink : public Sink {
     NpySink(OutputFile& out, std::optional<std::uint64_t> known_rows) : out_(out), known_(known_rows) {}
     void begin(const SourceInfo& info) override {
         time_written = info.has_time;
-        columns_ = info.has_time ? 25 : 24;
+        columns_ = info.has_time ? width + 1 : width;
         out_.append(npy::header_for(known_ && !out_.seekable() ? *known_ : 0, columns_));
     }
     void write(const Block& b, const double* targets) override {
         const std::size_t n = b.rows * columns_ * sizeof(double);
         char* p = out_.reserve(n);
-        if (columns_ == 24) {
+        if (columns_ == width) {
             std::memcpy(p, targets, n);
         } else {
             for (std::size_t r = 0; r < b.rows; ++r) {
                 std::memcpy(p, &b.t[r], sizeof(double));
-                std::memcpy(p + sizeof(double), targets + r * 24, 24 * sizeof(double));
-                p += 25 * sizeof(double);
+                std::memcpy(p + sizeof(double), targets + r * width, width * sizeof(double));
+                p += columns_ * sizeof(double);
             }
             p -= n;
         }
         out_.commit(p + n);
     }
-    double* direct(std::size_t rows) override { return columns_ == 24 ? aligned_room(out_, rows) : nullptr; }
+    double* direct(std::size_t rows) override { return columns_ == 24 && width == 24 ? aligned_room(out_, rows) : nullptr; }
     void wrote_direct(std::size_t rows) override {
         out_.commit(out_.reserve(rows * 24 * sizeof(double)) + rows * 24 * sizeof(double));
     }
@@ -349,6 +351,20 @@ int run_map(const MapOptions& o, std::FILE* err) {
         }
     }
     if (o.dropout) hand.set_dropout(static_cast<quil_linear::Dropout>(*o.dropout));
+    // A wiring profile: the hand's driver commands, after the safety stage, from the samples'
+    // own times, so that a recorded live session gives back exactly what was sent.
+    ProfileFile profile;
+    if (!o.profile.empty()) {
+        std::string error;
+        if (!read_profile(o.profile, &hand_info, profile, error)) return say(err, error), kExitUsage;
+        if (!o.plot.empty()) return say(err, "--plot draws the targets; it cannot be used with --profile"), kExitUsage;
+        try {
+            hand.set_profile(profile.profile);
+        } catch (const quil_linear::Error& e) {
+            return say(err, o.profile + ": " + e.what()), kExitUsage;
+        }
+    }
+    const std::size_t width = hand.output_count();
 
     InputFile in(o.input);
     if (!in.ok()) return say(err, in.error()), kExitIo;
@@ -359,7 +375,7 @@ int run_map(const MapOptions& o, std::FILE* err) {
     SourceOptions so;
     so.format = o.from;
     so.skip_bad = o.skip_bad;
-    so.time_numbers = o.to == Format::npy ? TimeNumbers::strict : o.plot.empty() ? TimeNumbers::none : TimeNumbers::lenient;
+    so.time_numbers = o.to == Format::npy || !o.profile.empty() ? TimeNumbers::strict : o.plot.empty() ? TimeNumbers::none : TimeNumbers::lenient;
     std::string error;
     std::unique_ptr<Source> source = open_source(in, so, error);
     if (!source) return say(err, error), in.ok() ? kExitBadData : kExitIo;
@@ -382,6 +398,11 @@ int run_map(const MapOptions& o, std::FILE* err) {
         return status == Source::Status::bad_data ? kExitBadData : kExitIo;
     }
     const SourceInfo& info = source->info();
+    if (!o.profile.empty() && !info.has_time) {
+        say(err, "a profile's safety stage runs on the samples' times: " + in.name() +
+                     " has no time column (csv or npy with the time first, in seconds)");
+        return kExitUsage;
+    }
 
     StateOut state_out;
     OutputFile out, svg_file, meta_file;
@@ -392,24 +413,27 @@ int run_map(const MapOptions& o, std::FILE* err) {
     if (!out.open(o.output)) return say(err, out.error()), kExitIo;
 
     std::unique_ptr<Sink> sink;
-    if (o.to == Format::csv) sink = std::make_unique<CsvSink>(out, column_names(hand_info, o.header_roles));
+    const std::vector<std::string> columns = o.profile.empty() ? column_names(hand_info, o.header_roles) : hand.output_names();
+    if (o.to == Format::csv) sink = std::make_unique<CsvSink>(out, columns);
     else if (o.to == Format::f64) sink = std::make_unique<F64Sink>(out);
     else sink = std::make_unique<NpySink>(out, info.known_rows);
+    sink->width = width;
 
     std::unique_ptr<SessionPlot> plot = o.plot.empty() ? nullptr : std::make_unique<SessionPlot>();
     Progress progress(o.progress, in.size(), err);
-    std::vector<double> targets(Block::kRows * 24);
+    std::vector<double> targets(Block::kRows * width);
     std::uint64_t written = 0;
 
     sink->begin(info);
     if (info.has_time && o.to == Format::f64 && !o.quiet)
-        say(err, "note: f64 output holds the 24 targets only; the time column '" + info.time_name +
+        say(err, "note: f64 output holds the " + (o.profile.empty() ? std::string("24 targets") : "commands") + " only; the time column '" + info.time_name +
                      "' is not written (npy and csv outputs keep it)");
     for (;;) {
         if (block.rows) {
             double* direct = sink->direct(block.rows);
             double* t = direct ? direct : targets.data();
-            hand.map(block.x.data(), block.rows, t);
+            if (o.profile.empty()) hand.map(block.x.data(), block.rows, t);
+            else hand.map_at(block.t.data(), block.x.data(), block.rows, t);
             if (plot) {
                 const bool timed = info.has_time;
                 for (std::size_t r = 0; r < block.rows; ++r)
@@ -486,7 +510,9 @@ int run_map(const MapOptions& o, std::FILE* err) {
         record.dropout = hand.dropout() == quil_linear::Dropout::hold ? "hold" : "pass";
         record.time_written = sink->time_written;
         // Column by column what the output holds: a consumer of an npy array reads it from here.
-        record.columns = column_names(hand_info, o.to == Format::csv && o.header_roles);
+        record.columns = o.profile.empty() ? column_names(hand_info, o.to == Format::csv && o.header_roles) : columns;
+        record.profile = o.profile;
+        if (!o.profile.empty()) record.outputs = columns;
         if (sink->time_written) record.columns.insert(record.columns.begin(), info.time_name);
         record.state_in = o.state_in;
         record.state_out = o.state_out;

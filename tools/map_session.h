@@ -38,6 +38,7 @@ struct MapOptions {
     bool progress = false;       // show the progress display on `err`
     bool quiet = false;          // no notes on `err`
     std::string rsvg_convert;    // the converter for PNG plots, found before the run
+    std::string profile;         // a wiring profile: the driver's commands instead of the targets
 };
 
 // The format a file name's extension stands for: .csv/.tsv/.txt, .f64, .npy; CSV otherwise.

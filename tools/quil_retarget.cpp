@@ -148,6 +148,12 @@ int main(int argc, char** argv) {
         ->type_name("FILE.json");
     map->add_option("--plot", plot, "draw the session: .svg, or .png through rsvg-convert")
         ->type_name("FILE");
+    std::string profile;
+    map->add_option("--profile", profile,
+                    "a wiring profile (JSON): write the hand driver's commands, named in\n"
+                    "the heading and in --meta, after the safety stage, from the input's\n"
+                    "time column (seconds), which must be there")
+        ->type_name("FILE.json");
     map->add_flag("--skip-bad", skip_bad, "skip malformed rows instead of stopping (listed; exit status 5)");
     map->add_flag("-q,--quiet", quiet, "no progress display and no notes");
 
@@ -195,6 +201,7 @@ int main(int argc, char** argv) {
     o.plot = plot;
     o.skip_bad = skip_bad;
     o.quiet = quiet;
+    o.profile = profile;
     o.progress = !quiet && ::isatty(STDERR_FILENO);
     if (!plot.empty()) {
         const PlotKind kind = plot_kind_of(plot);
