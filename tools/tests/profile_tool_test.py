@@ -1,0 +1,85 @@
+"""quil-retarget map --profile: the commands named in the heading and in --meta, equal to the
+hand API's, and every kind of fault in a profile file refused with the file and the field.
+
+    /usr/bin/python3 profile_tool_test.py path/to/quil-retarget path/to/source
+"""
+import copy
+import json
+import os
+import subprocess
+import sys
+import tempfile
+
+TOOL, SOURCE = sys.argv[1], sys.argv[2]
+SESSION = os.path.join(SOURCE, "data", "sample_session.csv")
+GOOD = json.load(open(os.path.join(SOURCE, "profiles", "linkerbot_linkerhand_o6_radians.json")))
+HAND = GOOD["hand"]
+failures = 0
+
+
+def check(ok, what):
+    global failures
+    if not ok:
+        failures += 1
+        print("FAILED:", what)
+
+
+def run(profile_data, *extra, raw=None):
+    with tempfile.TemporaryDirectory() as work:
+        path = os.path.join(work, "p.json")
+        with open(path, "w") as f:
+            f.write(raw if raw is not None else json.dumps(profile_data))
+        meta = os.path.join(work, "meta.json")
+        r = subprocess.run([TOOL, "map", "-q", "-m", extra[0] if extra else HAND, "--profile", path, SESSION,
+                            "--meta", meta], capture_output=True, text=True)
+        m = json.load(open(meta)) if os.path.exists(meta) else None
+        return r, path, m
+
+
+r, _, meta = run(GOOD)
+check(r.returncode == 0, "a good profile maps: " + r.stderr)
+names = [o["name"] for o in GOOD["outputs"]]
+lines = r.stdout.splitlines()
+check(lines[0].split(",")[1:] == names, "the heading names the outputs")
+check(len(lines) == 2001 and all(len(l.split(",")) == 1 + len(names) for l in lines[1:]), "one row per sample")
+check(meta["profile"]["outputs"] == names and meta["output"]["columns"][1:] == names, "--meta names the outputs")
+
+
+def spoiled(edit):
+    data = copy.deepcopy(GOOD)
+    edit(data)
+    return data
+
+
+FAULTS = [
+    ("another hand", spoiled(lambda d: None), ["CHOHO_Hand"], "hand"),
+    ("unknown hand", spoiled(lambda d: d.update(hand="NOPE")), [], "hand"),
+    ("unknown slot", spoiled(lambda d: d["outputs"][2].update(slot=31)), [], "outputs[2].slot"),
+    ("min > max", spoiled(lambda d: d["outputs"][0].update(min=3.0)), [], "outputs[0].min"),
+    ("missing field", spoiled(lambda d: d["outputs"][1].pop("scale")), [], "outputs[1].scale"),
+    ("unknown field", spoiled(lambda d: d["outputs"][1].update(gain=1)), [], "outputs[1].gain"),
+    ("unknown profile field", spoiled(lambda d: d.update(rate=1)), [], "rate"),
+    ("a string number", spoiled(lambda d: d.update(hold_after="0.1")), [], "hold_after"),
+    ("bad smoothing", spoiled(lambda d: d["outputs"][3]["smoothing"].pop("beta")), [], "outputs[3].smoothing.beta"),
+    ("negative rate", spoiled(lambda d: d["outputs"][5].update(max_rate=-2)), [], "outputs[5].max_rate"),
+]
+for what, data, extra, field in FAULTS:
+    r, path, meta = run(data, *extra)
+    check(r.returncode == 2 and path in r.stderr and field in r.stderr and r.stdout == "",
+          "%s: refused naming %s and %s (got %d: %s)" % (what, path, field, r.returncode, r.stderr.strip()))
+for what, raw in [("NaN", '{"hand": "%s", "hold_after": NaN, "outputs": []}' % HAND), ("truncated", '{"hand": ')]:
+    r, path, _ = run(None, raw=raw)
+    check(r.returncode == 2 and path in r.stderr and "byte" in r.stderr, what + ": " + r.stderr.strip())
+
+# A session without times cannot drive the stage.
+with tempfile.TemporaryDirectory() as work:
+    no_time = os.path.join(work, "s.csv")
+    with open(SESSION) as f, open(no_time, "w") as g:
+        for line in f:
+            g.write(line.split(",", 1)[1])
+    r = subprocess.run([TOOL, "map", "-q", "-m", HAND, "--profile", os.path.join(SOURCE, "profiles",
+                        "linkerbot_linkerhand_o6_radians.json"), no_time], capture_output=True, text=True)
+    check(r.returncode == 2 and "time" in r.stderr, "a session without times is refused: " + r.stderr.strip())
+
+print("%d faults checked, %d failed" % (len(FAULTS) + 3, failures))
+sys.exit(1 if failures else 0)
