@@ -21,8 +21,8 @@
  * published; rewriting the exported class tables (Quil_linear::<hand>::weight and w0) changes
  * the C exports only.
  *
- * Memory. The library allocates only in quil_hand_open; mapping, resetting and saving or loading
- * a state allocate nothing. Catalogue entries and strings are owned by the library and live as
+ * Memory. The library allocates only in quil_hand_open and quil_hand_set_profile (profile.h);
+ * mapping, resetting and saving or loading a state allocate nothing. Catalogue entries and strings are owned by the library and live as
  * long as it stays loaded; never free them.
  *
  * Threads. The catalogue functions, quil_error_text and quil_linear_version may be called from
