@@ -88,8 +88,10 @@ extern "C" {
 #define QUIL_E_STATE_OTHER_HAND (-6)  /* the state belongs to another hand */
 #define QUIL_E_STATE_DAMAGED (-7)     /* the state's checksum or contents are wrong */
 
-/* A saved state never takes more than this many bytes in this major version; a buffer of this
- * size always suffices. quil_hand_state_size() gives the exact figure. */
+/* A state saved without a wiring profile never takes more than this many bytes in this major
+ * version; a buffer of this size always suffices for it. quil_hand_state_size() gives the exact
+ * figure. A handle with a profile (profile.h) saves the safety stage's memory too:
+ * quil_hand_state_size_of(hand) gives its size. */
 #define QUIL_HAND_STATE_CAPACITY 256
 
 /* One hand with its own memory. Opaque: create with quil_hand_open, free with quil_hand_close. */
@@ -170,11 +172,12 @@ QUIL_API int quil_hand_dropout(const quil_hand* hand);
  * sample k, load into a handle of the same hand, carry on: the results are bit-identical to
  * never stopping, in this or another process or machine. */
 
-/* The most bytes a saved state takes (at most QUIL_HAND_STATE_CAPACITY). */
+/* The bytes a state saved without a profile takes (at most QUIL_HAND_STATE_CAPACITY). */
 QUIL_API size_t quil_hand_state_size(void);
 
-/* Writes the handle's state to `buffer` and returns the number of bytes written; returns 0 and
- * writes nothing when `capacity` is smaller than the state or a pointer is NULL. */
+/* Writes the handle's state to `buffer` and returns the number of bytes written
+ * (quil_hand_state_size_of(hand)); returns 0 and writes nothing when `capacity` is smaller than
+ * the state or a pointer is NULL. */
 QUIL_API size_t quil_hand_save_state(const quil_hand* hand, void* buffer, size_t capacity);
 
 /* Loads a state written by quil_hand_save_state of a handle of the same hand. Returns QUIL_OK,

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "quil_linear/hand.h"
+#include "quil_linear/hand.hpp"
 #include "support/glove_sequences.h"
 
 namespace {
@@ -378,6 +379,40 @@ TEST(Profile, AStateOfTheOneOneFormatStillLoads) {
     quil_hand_map_at(wired.h, 3.0, r, &c);
     EXPECT_TRUE(same_bits(c, t[6]));  // the hand's memory came along, the stage starts afresh
     quil_hand_close(plain);
+}
+
+TEST(Profile, TheCppHandWrapsItAll) {
+    quil_linear::Hand hand(kHand);
+    quil_output outs[2] = {output("index", 6, -1, 0, 0, 90), output("thumb", 1, -1, 0, 0, 60)};
+    outs[0].max_rate = 100;
+    quil_profile p;
+    quil_profile_init(&p);
+    p.hand = kHand;
+    p.safe_after = 0.5;
+    p.output_count = 2;
+    p.outputs = outs;
+    hand.set_profile(p);
+    EXPECT_EQ(hand.output_names(), (std::vector<std::string>{"index", "thumb"}));
+    const std::vector<double> first = hand.map_at(1.0, {0, 0, 0, 90, 0, 0, 0, 0, 0, 0, 0, 0});
+    EXPECT_EQ(first[0], 0.0);  // from safe, dt = 0
+    bool stale = false;
+    EXPECT_EQ(hand.tick(1.2, &stale), first);
+    EXPECT_FALSE(stale);
+    EXPECT_EQ(hand.counters().samples, 1u);
+    const std::vector<std::uint8_t> state = hand.state();
+    EXPECT_EQ(state.size(), quil_hand_state_size_of(hand.get()));
+    outs[1].slot = 99;
+    try {
+        hand.set_profile(p);
+        ADD_FAILURE() << "a profile with slot 99 was taken";
+    } catch (const quil_linear::Error& e) {
+        EXPECT_EQ(e.code(), QUIL_E_PROFILE);
+        EXPECT_NE(std::string(e.what()).find("outputs[1].slot"), std::string::npos) << e.what();
+    }
+    EXPECT_EQ(hand.output_count(), 2u);
+    hand.clear_profile();
+    EXPECT_EQ(hand.output_count(), 24u);
+    EXPECT_THROW(hand.tick(2.0), quil_linear::Error);
 }
 
 }  // namespace
