@@ -408,13 +408,17 @@ PYBIND11_MODULE(_core, m) {
     py::class_<PyHand>(m, "Hand", R"doc(
 One robot hand driven by one glove, with its own memory from sample to sample.
 
-Hand(name, dropout="pass")
+Hand(name, dropout="pass", profile=None)
 
 name     a hand of quil_linear.hands(), exactly or ignoring case; an unknown name raises
          ValueError naming the closest hands.
 dropout  what the hand does with a NaN or infinite reading, as a glove sends when a channel
          drops out: "pass" gives it to the hand as it is (exactly what the C export does),
          "hold" keeps the channel's last finite reading instead.
+profile  a quil_linear.Profile (Profile.load(path)): map(readings, times=...) then gives the
+         hand driver's commands, named by output_names, after the library's safety stage
+         (smoothing, jump rejection, rate limit, clip, stall). ValueError for a profile of
+         another hand.
 
 Open one Hand per glove and feed it the samples in time order: hands that keep state remember
 a pinch between samples. copy.copy and pickle carry that memory, so a session can move to
