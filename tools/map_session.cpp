@@ -339,18 +339,6 @@ int run_map(const MapOptions& o, std::FILE* err) {
     // The hand, from its start-up state or from a saved one; a state that does not fit stops
     // the run here, before anything is written.
     quil_linear::Hand hand(hand_info.name);
-    if (!o.state_in.empty()) {
-        std::string bytes, error;
-        if (!read_whole(o.state_in, bytes, error)) return say(err, error), kExitIo;
-        const int rc = quil_hand_load_state(hand.get(), bytes.data(), bytes.size());
-        if (rc != QUIL_OK) {
-            std::string what = "cannot continue from the state in '" + o.state_in + "': " + quil_error_text(rc);
-            if (const quil_hand_info* of = quil_state_hand(bytes.data(), bytes.size()))
-                what += std::string(": it is a state of ") + of->name + ", this run is for " + hand_info.name;
-            return say(err, what), kExitState;
-        }
-    }
-    if (o.dropout) hand.set_dropout(static_cast<quil_linear::Dropout>(*o.dropout));
     // A wiring profile: the hand's driver commands, after the safety stage, from the samples'
     // own times, so that a recorded live session gives back exactly what was sent.
     ProfileFile profile;
@@ -364,6 +352,18 @@ int run_map(const MapOptions& o, std::FILE* err) {
             return say(err, o.profile + ": " + e.what()), kExitUsage;
         }
     }
+    if (!o.state_in.empty()) {
+        std::string bytes, error;
+        if (!read_whole(o.state_in, bytes, error)) return say(err, error), kExitIo;
+        const int rc = quil_hand_load_state(hand.get(), bytes.data(), bytes.size());
+        if (rc != QUIL_OK) {
+            std::string what = "cannot continue from the state in '" + o.state_in + "': " + quil_error_text(rc);
+            if (const quil_hand_info* of = quil_state_hand(bytes.data(), bytes.size()))
+                what += std::string(": it is a state of ") + of->name + ", this run is for " + hand_info.name;
+            return say(err, what), kExitState;
+        }
+    }
+    if (o.dropout) hand.set_dropout(static_cast<quil_linear::Dropout>(*o.dropout));
     const std::size_t width = hand.output_count();
 
     InputFile in(o.input);

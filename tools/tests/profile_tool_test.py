@@ -81,5 +81,24 @@ with tempfile.TemporaryDirectory() as work:
                         "linkerbot_linkerhand_o6_radians.json"), no_time], capture_output=True, text=True)
     check(r.returncode == 2 and "time" in r.stderr, "a session without times is refused: " + r.stderr.strip())
 
+# A session in two files, the stage's memory carried by --state-out/--state-in, maps as one.
+with tempfile.TemporaryDirectory() as work:
+    lines = open(SESSION).read().splitlines()
+    halves = [lines[:1] + lines[1:1234], lines[:1] + lines[1234:]]
+    profile = os.path.join(SOURCE, "profiles", "linkerbot_linkerhand_o6_radians.json")
+    outs = []
+    for i, half in enumerate(halves):
+        part = os.path.join(work, "part%d.csv" % i)
+        open(part, "w").write("\n".join(half) + "\n")
+        state = ["--state-out", os.path.join(work, "s%d" % i)] + (["--state-in", os.path.join(work, "s0")] if i else [])
+        r = subprocess.run([TOOL, "map", "-q", "-m", HAND, "--profile", profile, part] + state, capture_output=True, text=True)
+        check(r.returncode == 0, "part %d maps: %s" % (i, r.stderr.strip()))
+        outs.append(r.stdout.splitlines()[1:])
+    whole = subprocess.run([TOOL, "map", "-q", "-m", HAND, "--profile", profile, SESSION], capture_output=True, text=True)
+    check(outs[0] + outs[1] == whole.stdout.splitlines()[1:], "two parts with the state between them map as one")
+    r = subprocess.run([TOOL, "map", "-q", "-m", HAND, os.path.join(work, "part1.csv"), "--state-in", os.path.join(work, "s0")],
+                       capture_output=True, text=True)
+    check(r.returncode == 4 and "profile" in r.stderr, "a profile's state without the profile is refused: " + r.stderr.strip())
+
 print("%d faults checked, %d failed" % (len(FAULTS) + 3, failures))
 sys.exit(1 if failures else 0)
