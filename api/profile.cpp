@@ -213,11 +213,12 @@ void quil_hand_map_at(quil_hand* hand, double t, const double readings[12], doub
 }
 
 void quil_hand_map_n_at(quil_hand* hand, size_t n, const double* times, const double* readings, double* outputs) {
-    if (!hand || !times || !readings || !outputs) return;
+    if (!hand || !readings || !outputs) return;
     if (!hand->stage) {
         quil_hand_map_n(hand, n, readings, outputs);
         return;
     }
+    if (!times) return;
     const std::size_t width = hand->stage->size();
     for (std::size_t r = 0; r < n; ++r) quil_hand_map_at(hand, times[r], readings + 12 * r, outputs + width * r);
 }

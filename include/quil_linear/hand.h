@@ -141,7 +141,8 @@ QUIL_API void quil_hand_close(quil_hand* hand);
 QUIL_API const quil_hand_info* quil_hand_about(const quil_hand* hand);
 
 /* Puts the handle back to its start-up state: pinch latches open, thumb references and held
- * readings 0.0, as a fresh handle. The dropout policy is kept. NULL is ignored. */
+ * readings 0.0, as a fresh handle. The dropout policy is kept, and so is a wiring profile, whose
+ * safety stage starts afresh (every output at safe, counters 0). NULL is ignored. */
 QUIL_API void quil_hand_reset(quil_hand* hand);
 
 /* Maps one sample: `readings` holds x0..x11, `targets` receives the 24 joint targets. The

@@ -150,7 +150,8 @@ QUIL_API void quil_hand_map_at(quil_hand* hand, double t, const double readings[
 
 /* `n` samples in order, times[i] the time of row i: exactly what n calls of quil_hand_map_at
  * give. Rows of 12 readings in, rows of quil_hand_output_count(hand) out, row-major; the
- * arrays must not overlap. */
+ * arrays must not overlap. Without a profile `times` may be NULL (it is not read); with one, a
+ * NULL `times` writes nothing. */
 QUIL_API void quil_hand_map_n_at(quil_hand* hand, size_t n, const double* times, const double* readings,
                                  double* outputs);
 
