@@ -339,6 +339,8 @@ int run_map(const MapOptions& o, std::FILE* err) {
     // The hand, from its start-up state or from a saved one; a state that does not fit stops
     // the run here, before anything is written.
     quil_linear::Hand hand(hand_info.name);
+    if (o.profile.empty() && (o.hold_after || o.safe_after))
+        return say(err, "--hold-after and --safe-after need a --profile"), kExitUsage;
     // A wiring profile: the hand's driver commands, after the safety stage, from the samples'
     // own times, so that a recorded live session gives back exactly what was sent.
     ProfileFile profile;
@@ -346,6 +348,8 @@ int run_map(const MapOptions& o, std::FILE* err) {
         std::string error;
         if (!read_profile(o.profile, &hand_info, profile, error)) return say(err, error), kExitUsage;
         if (!o.plot.empty()) return say(err, "--plot draws the targets; it cannot be used with --profile"), kExitUsage;
+        if (o.hold_after) profile.profile.hold_after = *o.hold_after;
+        if (o.safe_after) profile.profile.safe_after = *o.safe_after;
         try {
             hand.set_profile(profile.profile);
         } catch (const quil_linear::Error& e) {

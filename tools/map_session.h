@@ -39,6 +39,7 @@ struct MapOptions {
     bool quiet = false;          // no notes on `err`
     std::string rsvg_convert;    // the converter for PNG plots, found before the run
     std::string profile;         // a wiring profile: the driver's commands instead of the targets
+    std::optional<double> hold_after, safe_after;  // override the profile's, as live does
 };
 
 // The format a file name's extension stands for: .csv/.tsv/.txt, .f64, .npy; CSV otherwise.

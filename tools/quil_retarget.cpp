@@ -156,6 +156,13 @@ int main(int argc, char** argv) {
                     "the heading and in --meta, after the safety stage, from the input's\n"
                     "time column (seconds), which must be there")
         ->type_name("FILE.json");
+    double map_hold_after = NAN, map_safe_after = NAN;
+    map->add_option("--hold-after", map_hold_after, "with --profile: seconds without a sample before the input is stale\n"
+                                                    "(overrides the profile's, as for live)")
+        ->check(CLI::NonNegativeNumber)->type_name("S");
+    map->add_option("--safe-after", map_safe_after, "with --profile: seconds without a sample before the commands ramp\n"
+                                                    "to safe (overrides the profile's, as for live)")
+        ->check(CLI::NonNegativeNumber)->type_name("S");
     map->add_flag("--skip-bad", skip_bad, "skip malformed rows instead of stopping (listed; exit status 5)");
     map->add_flag("-q,--quiet", quiet, "no progress display and no notes");
 
@@ -250,6 +257,8 @@ Exit status: 0 stopped cleanly, 1 bad samples were received (counted, named on s
     o.skip_bad = skip_bad;
     o.quiet = quiet;
     o.profile = profile;
+    if (!std::isnan(map_hold_after)) o.hold_after = map_hold_after;
+    if (!std::isnan(map_safe_after)) o.safe_after = map_safe_after;
     o.progress = !quiet && ::isatty(STDERR_FILENO);
     if (!plot.empty()) {
         const PlotKind kind = plot_kind_of(plot);

@@ -100,5 +100,26 @@ with tempfile.TemporaryDirectory() as work:
                        capture_output=True, text=True)
     check(r.returncode == 4 and "profile" in r.stderr, "a profile's state without the profile is refused: " + r.stderr.strip())
 
+# --hold-after and --safe-after stand for the profile's own, as live applies them.
+with tempfile.TemporaryDirectory() as work:
+    gappy = os.path.join(work, "gap.csv")
+    lines = open(SESSION).read().splitlines()
+    rows = [l.split(",") for l in lines[1:]]
+    with open(gappy, "w") as f:
+        f.write(lines[0] + "\n")
+        for i, r in enumerate(rows):  # a one-second gap after row 900
+            f.write(",".join([str(float(r[0]) + (1.0 if i > 900 else 0.0))] + r[1:]) + "\n")
+    edited = copy.deepcopy(GOOD)
+    edited.update(hold_after=0.02, safe_after=0.05)
+    path = os.path.join(work, "edited.json")
+    json.dump(edited, open(path, "w"))
+    base = [TOOL, "map", "-q", "-m", HAND, gappy, "--profile"]
+    a = subprocess.run(base + [path], capture_output=True, text=True).stdout
+    b = subprocess.run(base + [os.path.join(SOURCE, "profiles", "linkerbot_linkerhand_o6_radians.json"),
+                               "--hold-after", "0.02", "--safe-after", "0.05"], capture_output=True, text=True).stdout
+    c = subprocess.run(base + [os.path.join(SOURCE, "profiles", "linkerbot_linkerhand_o6_radians.json")],
+                       capture_output=True, text=True).stdout
+    check(a == b and a != c and a.count("\n") == 2001, "--safe-after overrides the profile's")
+
 print("%d faults checked, %d failed" % (len(FAULTS) + 3, failures))
 sys.exit(1 if failures else 0)
