@@ -107,8 +107,8 @@ with tempfile.TemporaryDirectory() as work:
     rows = [l.split(",") for l in lines[1:]]
     with open(gappy, "w") as f:
         f.write(lines[0] + "\n")
-        for i, r in enumerate(rows):  # a one-second gap after row 900
-            f.write(",".join([str(float(r[0]) + (1.0 if i > 900 else 0.0))] + r[1:]) + "\n")
+        for i, r in enumerate(rows):  # a 0.3 s gap in the fist, after row 600
+            f.write(",".join([str(float(r[0]) + (0.3 if i > 600 else 0.0))] + r[1:]) + "\n")
     edited = copy.deepcopy(GOOD)
     edited.update(hold_after=0.02, safe_after=0.05)
     path = os.path.join(work, "edited.json")
