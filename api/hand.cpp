@@ -338,6 +338,14 @@ int quil_hand_load_state(quil_hand* hand, const void* state, size_t size) {
     if (d.stage && (!stage || get_le(d.stage + kStageAt, 8) != stage->fingerprint() ||
                     get_le(d.stage + 172, 4) != stage->size()))
         return QUIL_E_STATE_PROFILE;
+    if (d.stage) {
+        // Commands the stage could never have emitted under this profile mean a forged state.
+        for (std::size_t i = 0; i < stage->size(); ++i) {
+            const double last = get_double(d.stage + kStageOutputsAt + kStageOutputSize * i);
+            const quil::OutputWiring& w = stage->wiring().outputs[i];
+            if (!(last >= w.min && last <= w.max)) return QUIL_E_STATE_DAMAGED;
+        }
+    }
     if (stage) {
         if (d.stage) {
             stage->started = d.stage[168] == 1;

@@ -346,6 +346,22 @@ TEST(Profile, StatesCarryTheFilterAcrossASaveAndLoad) {
     bad[200] ^= 1;
     EXPECT_EQ(quil_hand_load_state(second.h, bad.data(), bad.size()), QUIL_E_STATE_DAMAGED);
     EXPECT_EQ(quil_hand_load_state(second.h, state.data(), state.size() - 1), QUIL_E_STATE_TRUNCATED);
+    // A last command outside the output's range, with a good checksum: forged, refused.
+    auto with_last = [&state](double last) {
+        std::vector<unsigned char> forged = state;
+        std::memcpy(&forged[184], &last, sizeof last);
+        std::uint32_t c = 0xFFFFFFFFu;
+        for (std::size_t i = 0; i + 4 < forged.size(); ++i) {
+            c ^= forged[i];
+            for (int b = 0; b < 8; ++b) c = (c >> 1) ^ (0xEDB88320u & (0u - (c & 1u)));
+        }
+        c = ~c;
+        for (int i = 0; i < 4; ++i) forged[forged.size() - 4 + i] = static_cast<unsigned char>(c >> (8 * i));
+        return forged;
+    };
+    const std::vector<unsigned char> inside = with_last(0.5), outside = with_last(1e6);
+    EXPECT_EQ(quil_hand_load_state(second.h, inside.data(), inside.size()), QUIL_OK);
+    EXPECT_EQ(quil_hand_load_state(second.h, outside.data(), outside.size()), QUIL_E_STATE_DAMAGED);
 }
 
 // A state saved by the 1.1 library (RUIYAN_RY_H15 after two samples, dropout hold).
