@@ -74,6 +74,40 @@ double percentile(std::vector<double>& v, double p) {
     return v[k];
 }
 
+// Receipt-to-send latencies over a whole run, in constant memory: microsecond buckets up to
+// 100 ms, the rest in the last one, and the exact maximum.
+class LatencyHistogram {
+  public:
+    void add(double seconds) {
+        const double us = seconds * 1e6;
+        const std::size_t b = us <= 0 ? 0 : us >= static_cast<double>(kBuckets - 1) ? kBuckets - 1 : static_cast<std::size_t>(us);
+        ++counts_[b];
+        ++n_;
+        max_ = std::max(max_, seconds);
+    }
+    std::string text() const {
+        if (!n_) return "latency -";
+        char b[128];
+        std::snprintf(b, sizeof b, "latency p50 %.0f us, p99 %.0f us, max %.0f us", at(0.5), at(0.99), max_ * 1e6);
+        return b;
+    }
+
+  private:
+    static constexpr std::size_t kBuckets = 100001;
+    double at(double p) const {
+        const auto want = static_cast<std::uint64_t>(p * static_cast<double>(n_));
+        std::uint64_t seen = 0;
+        for (std::size_t i = 0; i < kBuckets; ++i) {
+            seen += counts_[i];
+            if (seen > want) return static_cast<double>(i);
+        }
+        return static_cast<double>(kBuckets - 1);
+    }
+    std::vector<std::uint64_t> counts_ = std::vector<std::uint64_t>(kBuckets);
+    std::uint64_t n_ = 0;
+    double max_ = 0;
+};
+
 std::string latency_text(std::vector<double> v) {
     if (v.empty()) return "latency -";
     const double mx = *std::max_element(v.begin(), v.end());
@@ -117,7 +151,8 @@ class Bridge {
     // Counts.
     std::uint64_t received_ = 0, sent_ = 0, ticks_sent_ = 0, bad_ = 0, send_errors_ = 0;
     std::uint64_t second_samples_ = 0;
-    std::vector<double> second_latency_, all_latency_;
+    std::vector<double> second_latency_;
+    LatencyHistogram all_latency_;
     bool output_failed_ = false;
     std::string output_error_;
     std::FILE* record_ = nullptr;
@@ -257,7 +292,7 @@ void Bridge::sample(const double* values, int count, double received) {
     ++sent_;
     const double latency = now() - received;
     second_latency_.push_back(latency);
-    all_latency_.push_back(latency);
+    all_latency_.add(latency);
     if (std::isfinite(t) && (!started_ || t > last_t_)) {
         last_t_ = t;
         last_received_ = received;
@@ -475,7 +510,7 @@ int Bridge::run() {
                  static_cast<unsigned long long>(ticks_sent_), static_cast<unsigned long long>(bad_),
                  static_cast<unsigned long long>(c.held), static_cast<unsigned long long>(c.rejected),
                  static_cast<unsigned long long>(c.limited), static_cast<unsigned long long>(c.stale),
-                 latency_text(all_latency_).c_str());
+                 all_latency_.text().c_str());
     if (send_errors_)
         std::fprintf(err_, "quil-retarget: %llu commands could not be sent to %s\n",
                      static_cast<unsigned long long>(send_errors_), o_.out.c_str());
