@@ -58,8 +58,23 @@ void read(const json& j, ProfileFile& p) {
         quil_output_init(&out);
         if (!o["name"].is_string()) throw Fault{at + ".name", "must be a string"};
         p.names.push_back(o["name"].get<std::string>());
-        if (!o["slot"].is_number_integer()) throw Fault{at + ".slot", "must be a slot number 0..23"};
-        const auto slot = o["slot"].get<long long>();
+        long long slot = -1;
+        if (o["slot"].is_string()) {
+            // A slot named by its role, when the hand has exactly one slot of that role.
+            const std::string role = o["slot"].get<std::string>();
+            const quil_hand_info* info = quil_hand_find(p.hand.c_str());
+            int matches = 0;
+            for (int s = 0; info && s < QUIL_TARGETS; ++s)
+                if (role == info->slot_roles[s]) slot = s, ++matches;
+            if (matches != 1)
+                throw Fault{at + ".slot", matches ? "\"" + role + "\" names " + std::to_string(matches) +
+                                                        " slots of the hand; give the slot number"
+                                                  : "\"" + role + "\" is not a slot role of the hand"};
+        } else if (o["slot"].is_number_integer()) {
+            slot = o["slot"].get<long long>();
+        } else {
+            throw Fault{at + ".slot", "must be a slot number 0..23 or a slot role of the hand"};
+        }
         if (slot < 0 || slot >= QUIL_TARGETS) throw Fault{at + ".slot", "is not a slot of the hand (0..23)"};
         out.slot = static_cast<int>(slot);
         out.scale = number(o["scale"], at + ".scale");

@@ -169,6 +169,23 @@ def test_json_that_is_not_a_profile_is_refused(tmp_path, text, message):
         quil_linear.Profile.load(path)
 
 
+def test_a_slot_may_be_named_by_its_role():
+    roles = quil_linear.Hand(HAND).slot_roles
+    unique = next(i for i, r in enumerate(roles) if roles.count(r) == 1)
+    shared = next(r for r in roles if roles.count(r) > 1)
+    by_role = good_profile()
+    by_role["outputs"][0]["slot"] = roles[unique]
+    by_number = good_profile()
+    by_number["outputs"][0]["slot"] = unique
+    readings, times = session(200)
+    a = quil_linear.Hand(HAND, profile=quil_linear.Profile.from_dict(by_role)).map(readings, times=times)
+    b = quil_linear.Hand(HAND, profile=quil_linear.Profile.from_dict(by_number)).map(readings, times=times)
+    assert same_bits(a, b)
+    by_role["outputs"][0]["slot"] = shared
+    with pytest.raises(ValueError, match=r"outputs\[0\]\.slot .* names \d slots"):
+        quil_linear.Profile.from_dict(by_role)
+
+
 def test_a_profile_for_another_hand_is_refused():
     with pytest.raises(ValueError, match="another hand"):
         quil_linear.Hand("CHOHO_Hand", profile=quil_linear.Profile.from_dict(good_profile()))

@@ -123,5 +123,23 @@ with tempfile.TemporaryDirectory() as work:
                        capture_output=True, text=True).stdout
     check(a == b and a != c and a.count("\n") == 1702, "--safe-after overrides the profile's")
 
+# A slot named by its role (the hand's only slot of that role) maps as its number does.
+describe = json.loads(subprocess.run([TOOL, "describe", HAND, "--json"], capture_output=True, text=True).stdout)
+roles = [s.get("role") for s in describe.get("slots", [])]
+if len(roles) != 24 or None in roles:
+    print("note: describe --json gives no slot roles; slots by role not checked")
+    roles = ["a%d" % i for i in range(23)] + ["a0"]
+unique = next(i for i, r in enumerate(roles) if roles.count(r) == 1)
+shared = next(r for r in roles if roles.count(r) > 1)
+by_number, by_role = copy.deepcopy(GOOD), copy.deepcopy(GOOD)
+by_number["outputs"][0]["slot"] = unique
+by_role["outputs"][0]["slot"] = roles[unique]
+if roles[0] != "a0":
+    r1, r2 = run(by_number), run(by_role)
+    check(r1[0].returncode == 0 and r1[0].stdout == r2[0].stdout, "a slot by role maps as by number: " + r2[0].stderr)
+    by_role["outputs"][0]["slot"] = shared
+    r = run(by_role)[0]
+    check(r.returncode == 2 and "outputs[0].slot" in r.stderr, "a role of several slots is refused: " + r.stderr.strip())
+
 print("%d faults checked, %d failed" % (len(FAULTS) + 3, failures))
 sys.exit(1 if failures else 0)

@@ -14,7 +14,7 @@
   const cmin = (a, b) => (b < a ? b : a);
 
   function command(o, targets) {
-    const y = o.scale * targets[o.slot] + o.offset;
+    const y = o.scale * targets[P.api.slotOf(P.profile.hand, o.slot)] + o.offset;
     return Number.isFinite(y) ? cmin(cmax(y, o.min), o.max) : null;
   }
 
@@ -46,7 +46,8 @@
         o.max_rate !== undefined ? `≤ ${o.max_rate}/s` : null].filter(Boolean).join(', ');
       const tr = document.createElement('tr');
       tr.dataset.output = o.name;
-      const cells = [o.name, `${o.slot} ${roles[o.slot] || ''}`, '–', `[${o.min}, ${o.max}]`, stage || '–'];
+      const slot = P.api.slotOf(p.hand, o.slot);
+      const cells = [o.name, `${slot} ${roles[slot] || ''}`, '–', `[${o.min}, ${o.max}]`, stage || '–'];
       cells.forEach((text, i) => {
         const td = document.createElement('td');
         td.textContent = text;

@@ -213,6 +213,20 @@
     const OUTPUT_FIELDS = ['name', 'slot', 'scale', 'offset', 'min', 'max', 'safe', 'smoothing', 'reject_above', 'max_rate'];
     const REQUIRED = ['name', 'slot', 'scale', 'offset', 'min', 'max'];
     const SMOOTHING = { none: [0, []], ema: [1, ['alpha']], one_euro: [2, ['min_cutoff', 'beta', 'd_cutoff']] };
+    // An output's slot: its number, or the one slot of the hand with that role; else what is
+    // wrong, as a string.
+    function slotOf(hand, slot) {
+      if (typeof slot === 'string') {
+        const ptr = withCString(hand, (h) => M._quil_hand_find(h));
+        const roles = ptr ? infoAt(ptr).slotRoles : [];
+        const matches = roles.map((r, i) => (r === slot ? i : -1)).filter((i) => i >= 0);
+        if (matches.length === 1) return matches[0];
+        return matches.length ? `"${slot}" names ${matches.length} slots of the hand; give the slot number`
+          : `"${slot}" is not a slot role of the hand`;
+      }
+      return Number.isInteger(slot) && slot >= 0 && slot <= 23 ? slot : 'is not a slot of the hand (0..23)';
+    }
+
     function checkProfile(p) {
       const fault = (field, problem) => ({ field, problem });
       const isObject = (v) => v !== null && typeof v === 'object' && !Array.isArray(v);
@@ -247,12 +261,13 @@
           for (const k of Object.keys(o)) if (!OUTPUT_FIELDS.includes(k)) return fault(`${where}.${k}`, 'is not a known field');
           for (const k of REQUIRED) if (o[k] === undefined) return fault(`${where}.${k}`, 'is missing');
           if (typeof o.name !== 'string') return fault(`${where}.name`, 'must be a string');
-          if (!Number.isInteger(o.slot) || o.slot < 0 || o.slot > 23) return fault(`${where}.slot`, 'is not a slot of the hand (0..23)');
+          const slot = slotOf(p.hand, o.slot);
+          if (typeof slot === 'string') return fault(`${where}.slot`, slot);
           for (const k of ['scale', 'offset', 'min', 'max', 'safe', 'reject_above', 'max_rate'])
             if (o[k] !== undefined && !num(o[k])) return fault(`${where}.${k}`, 'must be a finite number');
           const q = outs + 104 * i;
           put(q, cstr(o.name));
-          put(q + 4, o.slot);
+          put(q + 4, slot);
           f64(q + 8, o.scale); f64(q + 16, o.offset); f64(q + 24, o.min); f64(q + 32, o.max);
           f64(q + 40, o.safe === undefined ? NaN : o.safe);
           f64(q + 56, 1); f64(q + 64, 1); f64(q + 72, 0); f64(q + 80, 1);
@@ -288,6 +303,7 @@
     return Object.freeze({
       version: str(M._quil_linear_version()),
       checkProfile,
+      slotOf,
       READINGS,
       TARGETS,
       DROPOUT_PASS: 'pass',

@@ -68,6 +68,16 @@ try {
     const message = await page.$eval('#profile-status', (s) => s.textContent);
     check(!loaded && message.startsWith('bad.json: ' + field), `refused naming ${field}: "${message}"`);
   }
+  // A slot named by its role.
+  {
+    const p = JSON.parse(JSON.stringify(good));
+    const roles = await page.evaluate(async (hand) => (await window.quilReady).hand(hand).slotRoles, p.hand);
+    const unique = roles.findIndex((r) => roles.filter((x) => x === r).length === 1);
+    p.outputs[0].slot = roles[unique];
+    const loaded = await page.evaluate((text) => window.quilProfile.load('roles.json', text), JSON.stringify(p));
+    const row = await page.$eval('#profile-outputs tr[data-output]', (r) => r.children[1].textContent);
+    check(loaded && row.startsWith(`${unique} `), `a slot by role loads as slot ${unique}: ${row}`);
+  }
   await page.evaluate((text) => window.quilProfile.load('inspire.json', text),
     readFileSync(join(args.profiles, 'inspire_robots_rh56dfx_0_1000.json'), 'utf8'));
   await page.screenshot({ path: join(args.out, 'profile_panel.png'), fullPage: true });

@@ -175,8 +175,16 @@ class Profile:
             if not isinstance(name, str):
                 raise _Fault(at + ".name", "must be a string")
             slot = o["slot"]
+            if isinstance(slot, str):
+                # A slot named by its role, when the hand has exactly one slot of that role.
+                roles = next((entry[4] for entry in _core.catalogue() if entry[0].lower() == hand.lower()), ())
+                matches = [i for i, role in enumerate(roles) if role == slot]
+                if len(matches) != 1:
+                    raise _Fault(at + ".slot", '"%s" names %d slots of the hand; give the slot number' % (slot, len(matches))
+                                 if matches else '"%s" is not a slot role of the hand' % slot)
+                slot = matches[0]
             if isinstance(slot, bool) or not isinstance(slot, int):
-                raise _Fault(at + ".slot", "must be a slot number 0..23")
+                raise _Fault(at + ".slot", "must be a slot number 0..23 or a slot role of the hand")
             if not 0 <= slot < 24:
                 raise _Fault(at + ".slot", "is not a slot of the hand (0..23)")
             numbers = [_number(o[k], at + "." + k) for k in ("scale", "offset", "min", "max")]
