@@ -111,7 +111,8 @@ int main(int argc, char** argv) {
                  "the 24 joint targets of the chosen robot hand, one output row per input row, in order.\n\n"
                  "  quil-retarget list\n"
                  "  quil-retarget describe HAND [--json]\n"
-                 "  quil-retarget map --model NAME [INPUT] [-o OUTPUT] [options]   (map --help for more)\n",
+                 "  quil-retarget map --model NAME [INPUT] [-o OUTPUT] [options]   (map --help for more)\n"
+                 "  quil-retarget live --model NAME --profile FILE.json --in udp://HOST:PORT --out udp://HOST:PORT\n",
                  "quil-retarget");
     app.set_version_flag("--version", "quil-retarget " QUIL_RETARGET_VERSION);
     app.footer(std::string("\n") + kExitStatuses);
