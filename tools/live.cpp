@@ -427,11 +427,18 @@ int Bridge::run() {
         if (!o_.profile.empty()) {
             // The profile as it ran (with --hold-after/--safe-after applied), beside the record,
             // so that `map --profile` on the record gives back exactly what was sent.
-            std::ifstream in(o_.profile);
-            nlohmann::json j = nlohmann::json::parse(in);
-            if (o_.hold_after) j["hold_after"] = *o_.hold_after;
-            if (o_.safe_after) j["safe_after"] = *o_.safe_after;
-            std::ofstream(o_.record + ".profile.json") << j.dump(2) << "\n";
+            const std::string beside = o_.record + ".profile.json";
+            try {
+                std::ifstream in(o_.profile);
+                nlohmann::json j = nlohmann::json::parse(in);
+                if (o_.hold_after) j["hold_after"] = *o_.hold_after;
+                if (o_.safe_after) j["safe_after"] = *o_.safe_after;
+                std::ofstream out(beside);
+                out << j.dump(2) << "\n";
+                if (!out.flush()) throw std::runtime_error("cannot be written");
+            } catch (const std::exception& e) {
+                return std::fprintf(err_, "quil-retarget: %s: %s\n", beside.c_str(), e.what()), kExitIo;
+            }
         }
     }
 
