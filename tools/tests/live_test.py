@@ -61,6 +61,9 @@ def main():
     with open(profile, "w") as f:
         json.dump(PROFILE, f)
     receiver = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+    # Room for the whole run's commands: the sender's busy loop can keep this thread from
+    # reading for a while on a loaded machine, and loopback UDP drops what does not fit.
+    receiver.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 8 << 20)
     receiver.bind(("127.0.0.1", 0))
     receiver.settimeout(0.2)
     in_port = free_port()
