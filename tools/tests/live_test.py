@@ -121,8 +121,8 @@ def main():
     # The gap: held from hold_after, then ramping to safe at max_rate, never past it.
     last = times[int(RUN * 1000) - 1]
     in_gap = [m for m in ticks if last < m["t"] < last + GAP]
-    if not in_gap or in_gap[0]["t"] < last + HOLD or in_gap[0]["t"] > last + HOLD + 0.1:
-        fail("no watchdog commands from hold_after into the gap")
+    if not in_gap or in_gap[0]["t"] < last + HOLD or in_gap[0]["t"] >= last + SAFE_AFTER:
+        fail("no watchdog commands held between hold_after and safe_after in the gap")
     before = sent[int(RUN * 1000) - 1]
     for m in in_gap:
         v = np.array([m["commands"][n] for n in names])
