@@ -42,3 +42,5 @@ tool=()
 [ -x build/tools/quil-retarget ] && tool=(--tool build/tools/quil-retarget)
 node web/tests/explorer_test.mjs --url "$url" --site "$PWD/build-web/site" --native-reference "$out/native_reference" \
   --out "$out" "${tool[@]}"
+# The wiring profile panel, on the page opened from disk, with the example profiles.
+node web/tests/profile_test.mjs --site "$PWD/build-web/site" --profiles "$PWD/profiles" --out "$out"

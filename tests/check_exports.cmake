@@ -1,6 +1,6 @@
 # Lists the dynamic symbols the library defines and checks them against what it is meant to show:
 # FreeMemory, two C exports per hand, members of the Quil_linear hand classes, and the quil_
-# functions that quil_linear/hand.h declares. Anything else is an internal helper that leaked.
+# functions that quil_linear/hand.h and quil_linear/profile.h declare. Anything else is an internal helper that leaked.
 execute_process(COMMAND nm -D --defined-only ${LIB} OUTPUT_VARIABLE nm_out RESULT_VARIABLE rc)
 if(NOT rc EQUAL 0)
   message(FATAL_ERROR "nm failed on ${LIB}")
@@ -12,6 +12,10 @@ foreach(line IN LISTS model_lines)
   list(APPEND expected ${hand}_GetDataValue ${hand}_GetVersion)
 endforeach()
 file(STRINGS ${HAND_HEADER} api_lines REGEX "^QUIL_API ")
+if(DEFINED PROFILE_HEADER)
+  file(STRINGS ${PROFILE_HEADER} profile_lines REGEX "^QUIL_API ")
+  list(APPEND api_lines ${profile_lines})
+endif()
 set(api_functions "")
 foreach(line IN LISTS api_lines)
   string(REGEX MATCH "(quil_[a-z0-9_]+)\\(" _ "${line}")

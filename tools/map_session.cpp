@@ -20,6 +20,7 @@
 
 #include "progress.h"
 #include "quil_linear/hand.hpp"
+#include "profile_json.h"
 #include "retarget_io.h"
 #include "run_record.h"
 #include "svg_plot.h"
@@ -71,6 +72,7 @@ class Sink {
     // After the last row; "" or what went wrong.
     virtual std::string finish(std::uint64_t) { return ""; }
     bool time_written = false;
+    std::size_t width = 24;  // values per row: the 24 targets, or a profile's commands
 };
 
 class CsvSink : public Sink {
@@ -102,7 +104,7 @@ class CsvSink : public Sink {
                     time = quoted_;
                 }
             }
-            char* p = out_.reserve(time.size() + 25 * (kMaxNumberText + 1) + 1);
+            char* p = out_.reserve(time.size() + (width + 1) * (kMaxNumberText + 1) + 1);
             if (info_.has_time) {
                 if (info_.time_as_text) {
                     std::memcpy(p, time.data(), time.size());
@@ -112,8 +114,8 @@ class CsvSink : public Sink {
                 }
                 *p++ = ',';
             }
-            const double* t = targets + r * 24;
-            for (int i = 0; i < 24; ++i) {
+            const double* t = targets + r * width;
+            for (std::size_t i = 0; i < width; ++i) {
                 p = format_number(p, t[i]);
                 *p++ = ',';
             }
@@ -141,12 +143,12 @@ class F64Sink : public Sink {
     explicit F64Sink(OutputFile& out) : out_(out) {}
     void begin(const SourceInfo&) override {}
     void write(const Block& b, const double* targets) override {
-        const std::size_t n = b.rows * 24 * sizeof(double);
+        const std::size_t n = b.rows * width * sizeof(double);
         char* p = out_.reserve(n);
         std::memcpy(p, targets, n);
         out_.commit(p + n);
     }
-    double* direct(std::size_t rows) override { return aligned_room(out_, rows); }
+    double* direct(std::size_t rows) override { return width == 24 ? aligned_room(out_, rows) : nullptr; }
     void wrote_direct(std::size_t rows) override {
         out_.commit(out_.reserve(rows * 24 * sizeof(double)) + rows * 24 * sizeof(double));
     }
@@ -162,25 +164,25 @@ class NpySink : public Sink {
     NpySink(OutputFile& out, std::optional<std::uint64_t> known_rows) : out_(out), known_(known_rows) {}
     void begin(const SourceInfo& info) override {
         time_written = info.has_time;
-        columns_ = info.has_time ? 25 : 24;
+        columns_ = info.has_time ? width + 1 : width;
         out_.append(npy::header_for(known_ && !out_.seekable() ? *known_ : 0, columns_));
     }
     void write(const Block& b, const double* targets) override {
         const std::size_t n = b.rows * columns_ * sizeof(double);
         char* p = out_.reserve(n);
-        if (columns_ == 24) {
+        if (columns_ == width) {
             std::memcpy(p, targets, n);
         } else {
             for (std::size_t r = 0; r < b.rows; ++r) {
                 std::memcpy(p, &b.t[r], sizeof(double));
-                std::memcpy(p + sizeof(double), targets + r * 24, 24 * sizeof(double));
-                p += 25 * sizeof(double);
+                std::memcpy(p + sizeof(double), targets + r * width, width * sizeof(double));
+                p += columns_ * sizeof(double);
             }
             p -= n;
         }
         out_.commit(p + n);
     }
-    double* direct(std::size_t rows) override { return columns_ == 24 ? aligned_room(out_, rows) : nullptr; }
+    double* direct(std::size_t rows) override { return columns_ == 24 && width == 24 ? aligned_room(out_, rows) : nullptr; }
     void wrote_direct(std::size_t rows) override {
         out_.commit(out_.reserve(rows * 24 * sizeof(double)) + rows * 24 * sizeof(double));
     }
@@ -385,6 +387,7 @@ int run_map(const MapOptions& o, std::FILE* err) {
     std::unique_ptr<Source> source;
     std::optional<TimeUnitChoice> time_unit;
     std::array<std::uint64_t, 12> nonfinite{};
+    std::vector<std::string> profile_outputs;  // a profile's command names, once it is set
     auto write_meta = [&](int exit, const std::string& error, std::uint64_t rows_written, const std::vector<std::string>& columns,
                           bool time_written, const std::string& dropout) {
         RunRecord record;
@@ -408,6 +411,8 @@ int run_map(const MapOptions& o, std::FILE* err) {
         record.output_written = rows_written > 0 || exit == kExitOk || exit == kExitSkipped;
         if (time_unit) record.time_unit = time_unit_name(time_unit->unit), record.time_unit_how = time_unit->note;
         record.nonfinite = nonfinite;
+        record.profile = o.profile;
+        record.outputs = profile_outputs;
         OutputFile meta_file;
         if (!meta_file.open(o.meta) || (meta_file.append(meta_json(record)), !meta_file.flush()))
             return say(err, meta_file.error()), false;
@@ -428,6 +433,24 @@ int run_map(const MapOptions& o, std::FILE* err) {
     // The hand, from its start-up state or from a saved one; a state that does not fit stops
     // the run here, before anything is written.
     quil_linear::Hand hand(hand_info.name);
+    if (o.profile.empty() && (o.hold_after || o.safe_after))
+        return say(err, "--hold-after and --safe-after need a --profile"), kExitUsage;
+    // A wiring profile: the hand's driver commands, after the safety stage, from the samples'
+    // own times, so that a recorded live session gives back exactly what was sent.
+    ProfileFile profile;
+    if (!o.profile.empty()) {
+        std::string error;
+        if (!read_profile(o.profile, &hand_info, profile, error)) return fail(kExitUsage, error);
+        if (!o.plot.empty()) return fail(kExitUsage, "--plot draws the targets; it cannot be used with --profile");
+        if (o.hold_after) profile.profile.hold_after = *o.hold_after;
+        if (o.safe_after) profile.profile.safe_after = *o.safe_after;
+        try {
+            hand.set_profile(profile.profile);
+        } catch (const quil_linear::Error& e) {
+            return fail(kExitUsage, o.profile + ": " + e.what());
+        }
+        profile_outputs = hand.output_names();
+    }
     if (!o.state_in.empty()) {
         std::string bytes, error;
         if (!read_whole(o.state_in, bytes, error)) return fail(kExitIo, error);
@@ -440,15 +463,16 @@ int run_map(const MapOptions& o, std::FILE* err) {
         }
     }
     if (o.dropout) hand.set_dropout(static_cast<quil_linear::Dropout>(*o.dropout));
+    const std::size_t width = hand.output_count();
 
     if (!in.ok()) return fail(kExitIo, in.error());
 
     SourceOptions so;
     so.format = o.from;
     so.skip_bad = o.skip_bad;
-    // Times as numbers for an npy output, and where the time column's unit matters: for the
-    // plot's axis and the record's unit.
-    so.time_numbers = o.to == Format::npy ? TimeNumbers::strict
+    // Times as numbers for an npy output or a profile's safety stage, and where the time
+    // column's unit matters: for the plot's axis and the record's unit.
+    so.time_numbers = o.to == Format::npy || !o.profile.empty() ? TimeNumbers::strict
                       : o.plot.empty() && o.meta.empty() ? TimeNumbers::none : TimeNumbers::lenient;
     std::string error;
     source = open_source(in, so, error);
@@ -474,6 +498,9 @@ int run_map(const MapOptions& o, std::FILE* err) {
     if (block.rows == 0 && status == Source::Status::end && source->skipped().places.empty())
         return fail(kExitBadData, no_rows_message(in.name(), o.from));
     const SourceInfo& info = source->info();
+    if (!o.profile.empty() && !info.has_time)
+        return fail(kExitUsage, "a profile's safety stage runs on the samples' times: " + in.name() +
+                                    " has no time column (csv or npy with the time first)");
     if (info.has_time) {
         time_unit = choose_time_unit(o.time_unit, info.time_name, block.t.data(),
                                      so.time_numbers == TimeNumbers::none ? 0 : block.rows);
@@ -499,24 +526,34 @@ int run_map(const MapOptions& o, std::FILE* err) {
     if (!out.open(o.output)) return fail(kExitIo, out.error());
 
     std::unique_ptr<Sink> sink;
-    if (o.to == Format::csv) sink = std::make_unique<CsvSink>(out, column_names(hand_info, o.header_roles));
+    const std::vector<std::string> columns = o.profile.empty() ? column_names(hand_info, o.header_roles) : hand.output_names();
+    if (o.to == Format::csv) sink = std::make_unique<CsvSink>(out, columns);
     else if (o.to == Format::f64) sink = std::make_unique<F64Sink>(out);
     else sink = std::make_unique<NpySink>(out, info.known_rows);
+    sink->width = width;
 
     std::unique_ptr<SessionPlot> plot = o.plot.empty() ? nullptr : std::make_unique<SessionPlot>();
     Progress progress(o.progress, in.size(), err);
-    std::vector<double> targets(Block::kRows * 24);
+    std::vector<double> targets(Block::kRows * width);
+    std::vector<double> seconds;
     std::uint64_t written = 0;
 
     sink->begin(info);
     if (info.has_time && o.to == Format::f64 && !o.quiet)
-        say(err, "note: f64 output holds the 24 targets only; the time column '" + info.time_name +
+        say(err, "note: f64 output holds the " + (o.profile.empty() ? std::string("24 targets") : "commands") + " only; the time column '" + info.time_name +
                      "' is not written (npy and csv outputs keep it)");
     for (;;) {
         if (block.rows) {
             double* direct = sink->direct(block.rows);
             double* t = direct ? direct : targets.data();
-            hand.map(block.x.data(), block.rows, t);
+            if (o.profile.empty()) {
+                hand.map(block.x.data(), block.rows, t);
+            } else {
+                // The stage runs on seconds, whatever unit the file's clock is in.
+                seconds.resize(block.rows);
+                for (std::size_t r = 0; r < block.rows; ++r) seconds[r] = to_seconds(block.t[r], time_unit->unit);
+                hand.map_at(seconds.data(), block.x.data(), block.rows, t);
+            }
             if (!o.meta.empty())
                 for (std::size_t k = 0; k < block.rows * 12; ++k) nonfinite[k % 12] += !std::isfinite(block.x[k]);
             if (plot) {
@@ -585,9 +622,10 @@ int run_map(const MapOptions& o, std::FILE* err) {
     }
     if (!o.meta.empty()) {
         // Column by column what the output holds: a consumer of an npy array reads it from here.
-        std::vector<std::string> columns = column_names(hand_info, o.to == Format::csv && o.header_roles);
-        if (sink->time_written) columns.insert(columns.begin(), info.time_name);
-        if (!write_meta(exit, failure.empty() ? sink_error : failure, written, columns, sink->time_written,
+        std::vector<std::string> meta_columns =
+            o.profile.empty() ? column_names(hand_info, o.to == Format::csv && o.header_roles) : columns;
+        if (sink->time_written) meta_columns.insert(meta_columns.begin(), info.time_name);
+        if (!write_meta(exit, failure.empty() ? sink_error : failure, written, meta_columns, sink->time_written,
                         hand.dropout() == quil_linear::Dropout::hold ? "hold" : "pass"))
             exit = kExitIo;
     }

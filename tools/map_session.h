@@ -40,6 +40,8 @@ struct MapOptions {
     bool progress = false;       // show the progress display on `err`
     bool quiet = false;          // no notes on `err`
     std::string rsvg_convert;    // the converter for PNG plots, found before the run
+    std::string profile;         // a wiring profile: the driver's commands instead of the targets
+    std::optional<double> hold_after, safe_after;  // override the profile's, as live does
 };
 
 // The plot kind a file name asks for; `none` for an extension the tool cannot draw.

@@ -4,11 +4,13 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <string>
 
+#include "live.h"
 #include "map_session.h"
 #include "run_record.h"
 
@@ -114,7 +116,8 @@ int main(int argc, char** argv) {
                  "the 24 joint targets of the chosen robot hand, one output row per input row, in order.\n\n"
                  "  quil-retarget list\n"
                  "  quil-retarget describe HAND [--json]\n"
-                 "  quil-retarget map --model NAME [INPUT] [-o OUTPUT] [options]   (map --help for more)\n",
+                 "  quil-retarget map --model NAME [INPUT] [-o OUTPUT] [options]   (map --help for more)\n"
+                 "  quil-retarget live --model NAME --profile FILE.json --in udp://HOST:PORT --out udp://HOST:PORT\n",
                  "quil-retarget");
     app.set_version_flag("--version", "quil-retarget " QUIL_RETARGET_VERSION);
     app.footer(std::string("\n") + readings_text() + "\n" + kExitStatuses);
@@ -157,8 +160,58 @@ int main(int argc, char** argv) {
         ->type_name("FILE.json");
     map->add_option("--plot", plot, "draw the session: .svg, or .png through rsvg-convert")
         ->type_name("FILE");
+    std::string profile;
+    map->add_option("--profile", profile,
+                    "a wiring profile (JSON): write the hand driver's commands, named in\n"
+                    "the heading and in --meta, after the safety stage, from the input's\n"
+                    "time column (seconds), which must be there")
+        ->type_name("FILE.json");
+    double map_hold_after = NAN, map_safe_after = NAN;
+    map->add_option("--hold-after", map_hold_after, "with --profile: seconds without a sample before the input is stale\n"
+                                                    "(overrides the profile's, as for live)")
+        ->check(CLI::NonNegativeNumber)->type_name("S");
+    map->add_option("--safe-after", map_safe_after, "with --profile: seconds without a sample before the commands ramp\n"
+                                                    "to safe (overrides the profile's, as for live)")
+        ->check(CLI::NonNegativeNumber)->type_name("S");
     map->add_flag("--skip-bad", skip_bad, "skip malformed rows instead of stopping (listed; exit status 5)");
     map->add_flag("-q,--quiet", quiet, "no progress display and no notes");
+
+    CLI::App* live = app.add_subcommand("live", "a live bridge: glove samples in, the hand's commands out, with a watchdog");
+    live->footer(R"(
+Input: one sample per datagram (udp://HOST:PORT, bound) or per line or record (-, standard
+input): 12 readings x0..x11, or 13 with the sample's time in seconds first. Without a time the
+bridge stamps the sample with its receipt time (seconds since it started). f32 and f64 are
+little-endian; binary standard input reads 12 values a record unless --in-columns 13.
+Output: one command vector per sample, as soon as it is mapped; csv and json carry the time
+first (json also "stale" and the commands by name). With a profile, a watchdog ticks every
+--tick seconds; from hold_after without a sample it sends the held commands (stale), from
+safe_after the commands ramping to safe. Before the first sample nothing is sent.
+--record FILE.npy keeps every received sample with its time, (N, 13), and the profile as it
+ran in FILE.npy.profile.json: 'map --profile FILE.npy.profile.json FILE.npy' gives the sent
+commands bit for bit. SIGINT or SIGTERM stops the bridge with a summary and a complete record.
+Exit status: 0 stopped cleanly, 1 bad samples were received (counted, named on standard error),
+2 bad command line or profile, 3 a socket, the output or the record failed.
+)");
+    LiveOptions lo;
+    std::string live_model, live_dropout;
+    double hold_after = NAN, safe_after = NAN;
+    live->add_option("-m,--model", live_model, "the hand, as 'list' names it")->required()->type_name("NAME");
+    live->add_option("--in", lo.in, "- (standard input) or udp://HOST:PORT to listen on")->type_name("SOURCE");
+    live->add_option("--out", lo.out, "- (standard output) or udp://HOST:PORT to send to")->type_name("SINK");
+    live->add_option("--in-format", lo.in_format, "f32, f64 or csv")->transform(CLI::IsMember({"f32", "f64", "csv"}))->type_name("FMT");
+    live->add_option("--out-format", lo.out_format, "f32, f64, csv or json")
+        ->transform(CLI::IsMember({"f32", "f64", "csv", "json"}))->type_name("FMT");
+    live->add_option("--in-columns", lo.in_columns, "12 or 13 values per sample (13: the time first)")
+        ->check(CLI::IsMember({12, 13}))->type_name("N");
+    live->add_option("--profile", lo.profile, "a wiring profile: the driver's commands instead of the 24 targets")->type_name("FILE.json");
+    live->add_option("--dropout", live_dropout, "pass or hold, as for map")->transform(CLI::IsMember({"pass", "hold"}))->type_name("POLICY");
+    live->add_option("--hold-after", hold_after, "seconds without a sample before the input is stale (overrides the profile's)")
+        ->check(CLI::NonNegativeNumber)->type_name("S");
+    live->add_option("--safe-after", safe_after, "seconds without a sample before the commands ramp to safe (overrides the profile's)")
+        ->check(CLI::NonNegativeNumber)->type_name("S");
+    live->add_option("--record", lo.record, "record every received sample with its time")->type_name("FILE.npy");
+    live->add_option("--tick", lo.tick, "the watchdog's period in seconds (default 0.005)")->check(CLI::Range(0.0001, 10.0))->type_name("S");
+    live->add_flag("--stats", lo.stats, "once a second on standard error: samples, rate, latency, held, rejected, stale");
 
     try {
         app.parse(argc, argv);
@@ -179,6 +232,15 @@ int main(int argc, char** argv) {
         if (!hand) return usage_error(error);
         std::fputs((describe_as_json ? describe_json(*hand) : describe_text(*hand)).c_str(), stdout);
         return finish_stdout();
+    }
+    if (live->parsed()) {
+        std::string error;
+        lo.hand = find_hand(live_model, error);
+        if (!lo.hand) return usage_error(error);
+        if (!live_dropout.empty()) lo.dropout = live_dropout == "hold" ? QUIL_DROPOUT_HOLD : QUIL_DROPOUT_PASS;
+        if (!std::isnan(hold_after)) lo.hold_after = hold_after;
+        if (!std::isnan(safe_after)) lo.safe_after = safe_after;
+        return run_live(lo, stderr);
     }
     if (!map->parsed()) {
         std::fputs(app.help().c_str(), stderr);
@@ -209,6 +271,9 @@ int main(int argc, char** argv) {
     o.plot = plot;
     o.skip_bad = skip_bad;
     o.quiet = quiet;
+    o.profile = profile;
+    if (!std::isnan(map_hold_after)) o.hold_after = map_hold_after;
+    if (!std::isnan(map_safe_after)) o.safe_after = map_safe_after;
     o.progress = !quiet && ::isatty(STDERR_FILENO);
     if (!plot.empty()) {
         const PlotKind kind = plot_kind_of(plot);

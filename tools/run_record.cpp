@@ -109,6 +109,7 @@ std::string meta_json(const RunRecord& r) {
     j["state_in"] = nullable(r.state_in);
     j["state_out"] = nullable(r.state_out);
     j["plot"] = nullable(r.plot);
+    if (!r.profile.empty()) j["profile"] = {{"path", r.profile}, {"outputs", r.outputs}};
     j["complete"] = r.exit_status == 0 || r.exit_status == 5;
     j["exit_status"] = r.exit_status;
     j["error"] = nullable(r.error);

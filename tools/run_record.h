@@ -23,6 +23,8 @@ struct RunRecord {
     bool time_written = false;
     std::vector<std::string> columns;  // the output's columns, the time first when written
     std::string state_in, state_out, plot;
+    std::string profile;               // the wiring profile's file, "" for none
+    std::vector<std::string> outputs;  // with a profile, the names of its outputs (the commands)
     int exit_status = 0;
     std::string error;
     bool output_written = true;        // false when the run stopped before creating its output

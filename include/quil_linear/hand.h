@@ -21,8 +21,8 @@
  * published; rewriting the exported class tables (Quil_linear::<hand>::weight and w0) changes
  * the C exports only.
  *
- * Memory. The library allocates only in quil_hand_open; mapping, resetting and saving or loading
- * a state allocate nothing. Catalogue entries and strings are owned by the library and live as
+ * Memory. The library allocates only in quil_hand_open and quil_hand_set_profile (profile.h);
+ * mapping, resetting and saving or loading a state allocate nothing. Catalogue entries and strings are owned by the library and live as
  * long as it stays loaded; never free them.
  *
  * Threads. The catalogue functions, quil_error_text and quil_linear_version may be called from
@@ -92,8 +92,10 @@ extern "C" {
 #define QUIL_E_STATE_OTHER_HAND (-6)  /* the state belongs to another hand */
 #define QUIL_E_STATE_DAMAGED (-7)     /* the state's checksum or contents are wrong */
 
-/* A saved state never takes more than this many bytes in this major version; a buffer of this
- * size always suffices. quil_hand_state_size() gives the exact figure. */
+/* A state saved without a wiring profile never takes more than this many bytes in this major
+ * version; a buffer of this size always suffices for it. quil_hand_state_size() gives the exact
+ * figure. A handle with a profile (profile.h) saves the safety stage's memory too:
+ * quil_hand_state_size_of(hand) gives its size. */
 #define QUIL_HAND_STATE_CAPACITY 256
 
 /* One hand with its own memory. Opaque: create with quil_hand_open, free with quil_hand_close. */
@@ -195,7 +197,8 @@ QUIL_API void quil_hand_close(quil_hand* hand);
 QUIL_API const quil_hand_info* quil_hand_about(const quil_hand* hand);
 
 /* Puts the handle back to its start-up state: pinch latches open, thumb references and held
- * readings 0.0, as a fresh handle. The dropout policy is kept. NULL is ignored. */
+ * readings 0.0, as a fresh handle. The dropout policy is kept, and so is a wiring profile, whose
+ * safety stage starts afresh (every output at safe, counters 0). NULL is ignored. */
 QUIL_API void quil_hand_reset(quil_hand* hand);
 
 /* Maps one sample: `readings` holds x0..x11, `targets` receives the 24 joint targets. The
@@ -226,11 +229,12 @@ QUIL_API int quil_hand_dropout(const quil_hand* hand);
  * sample k, load into a handle of the same hand, carry on: the results are bit-identical to
  * never stopping, in this or another process or machine. */
 
-/* The most bytes a saved state takes (at most QUIL_HAND_STATE_CAPACITY). */
+/* The bytes a state saved without a profile takes (at most QUIL_HAND_STATE_CAPACITY). */
 QUIL_API size_t quil_hand_state_size(void);
 
-/* Writes the handle's state to `buffer` and returns the number of bytes written; returns 0 and
- * writes nothing when `capacity` is smaller than the state or a pointer is NULL. */
+/* Writes the handle's state to `buffer` and returns the number of bytes written
+ * (quil_hand_state_size_of(hand)); returns 0 and writes nothing when `capacity` is smaller than
+ * the state or a pointer is NULL. */
 QUIL_API size_t quil_hand_save_state(const quil_hand* hand, void* buffer, size_t capacity);
 
 /* Loads a state written by quil_hand_save_state of a handle of the same hand. Returns QUIL_OK,
@@ -257,5 +261,8 @@ QUIL_API const char* quil_linear_version(void);
 #ifdef __cplusplus
 }
 #endif
+
+/* Wiring profiles and the safety stage: the hand's own command vector instead of 24 targets. */
+#include "quil_linear/profile.h"
 
 #endif /* QUIL_LINEAR_HAND_H */

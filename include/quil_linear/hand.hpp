@@ -147,9 +147,65 @@ class Hand {
     }
     Dropout dropout() const noexcept { return static_cast<Dropout>(quil_hand_dropout(handle_)); }
 
-    // The hand's memory and dropout policy as a portable byte string (see hand.h).
+    // ---- Wiring profiles (see quil_linear/profile.h) ----
+
+    // Wires the hand to its driver's outputs. Throws Error (QUIL_E_PROFILE with where the
+    // profile is wrong, or QUIL_E_PROFILE_HAND); the Hand then keeps its previous profile.
+    void set_profile(const quil_profile& profile) {
+        quil_profile_fault fault{};
+        const int rc = quil_hand_set_profile(handle_, &profile, &fault);
+        if (rc == QUIL_OK) return;
+        std::string what = quil_error_text(rc);
+        if (fault.field && *fault.field) {
+            what += ": ";
+            if (fault.output >= 0) what += "outputs[" + std::to_string(fault.output) + "].";
+            what += std::string(fault.field) + " " + fault.problem;
+        }
+        throw Error(rc, what);
+    }
+    // Back to the 24 targets.
+    void clear_profile() noexcept { quil_hand_set_profile(handle_, nullptr, nullptr); }
+    bool has_profile() const noexcept { return quil_hand_has_profile(handle_) != 0; }
+
+    // The outputs per sample (the profile's, or 24) and their names (or the slot roles).
+    std::size_t output_count() const noexcept { return quil_hand_output_count(handle_); }
+    std::vector<std::string> output_names() const {
+        std::vector<std::string> names;
+        for (std::size_t i = 0; i < output_count(); ++i) names.emplace_back(quil_hand_output_name(handle_, i));
+        return names;
+    }
+
+    // One sample at time t (seconds): output_count() commands.
+    std::vector<double> map_at(double t, const Readings& readings) {
+        std::vector<double> out(output_count());
+        quil_hand_map_at(handle_, t, readings.data(), out.data());
+        return out;
+    }
+    // `n` samples with their times: n rows of 12 in, n rows of output_count() out.
+    void map_at(const double* times, const double* readings, std::size_t n, double* outputs) noexcept {
+        quil_hand_map_n_at(handle_, n, times, readings, outputs);
+    }
+
+    // The watchdog at time t: the commands without a new sample; `stale` tells whether the
+    // input is stale at t. Throws Error without a profile.
+    std::vector<double> tick(double t, bool* stale = nullptr) {
+        std::vector<double> out(output_count());
+        const int rc = quil_hand_tick(handle_, t, out.data());
+        if (rc < 0) throw Error(rc, quil_error_text(rc));
+        if (stale) *stale = rc == 1;
+        return out;
+    }
+
+    quil_counters counters() const noexcept {
+        quil_counters c{};
+        quil_hand_counters(handle_, &c);
+        return c;
+    }
+
+    // The hand's memory and dropout policy (and, with a profile, the safety stage's memory) as a
+    // portable byte string (see hand.h).
     std::vector<std::uint8_t> state() const {
-        std::vector<std::uint8_t> bytes(quil_hand_state_size());
+        std::vector<std::uint8_t> bytes(quil_hand_state_size_of(handle_));
         bytes.resize(quil_hand_save_state(handle_, bytes.data(), bytes.size()));
         return bytes;
     }

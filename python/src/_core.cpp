@@ -17,6 +17,7 @@
 #include <mutex>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "quil_linear/hand.hpp"
 
@@ -80,13 +81,159 @@ Rows as_rows(const py::array& a) {
     return Rows::ensure(a);
 }
 
+// A profile's wiring as quil_linear.Profile._wiring() gives it: (hand, hold_after, safe_after,
+// [(name, slot, scale, offset, min, max, safe, kind, alpha, min_cutoff, beta, d_cutoff,
+// reject_above, max_rate), ...]), absent bounds as +inf and a default safe as NaN.
+struct Wiring {
+    std::string hand;
+    std::vector<std::string> names;
+    std::vector<quil_output> outputs;
+    quil_profile profile;
+
+    explicit Wiring(const py::tuple& w) {
+        if (w.size() != 4) throw py::type_error("a profile's wiring is (hand, hold_after, safe_after, outputs)");
+        hand = w[0].cast<std::string>();
+        quil_profile_init(&profile);
+        profile.hold_after = w[1].cast<double>();
+        profile.safe_after = w[2].cast<double>();
+        const py::list outs = w[3].cast<py::list>();
+        names.reserve(outs.size());
+        for (const py::handle& item : outs) {
+            const py::tuple o = item.cast<py::tuple>();
+            if (o.size() != 14) throw py::type_error("an output's wiring has 14 fields");
+            names.push_back(o[0].cast<std::string>());
+            quil_output out;
+            quil_output_init(&out);
+            out.slot = o[1].cast<int>();
+            out.scale = o[2].cast<double>();
+            out.offset = o[3].cast<double>();
+            out.min = o[4].cast<double>();
+            out.max = o[5].cast<double>();
+            out.safe = o[6].cast<double>();
+            out.smoothing.kind = o[7].cast<int>();
+            out.smoothing.alpha = o[8].cast<double>();
+            out.smoothing.min_cutoff = o[9].cast<double>();
+            out.smoothing.beta = o[10].cast<double>();
+            out.smoothing.d_cutoff = o[11].cast<double>();
+            out.reject_above = o[12].cast<double>();
+            out.max_rate = o[13].cast<double>();
+            outputs.push_back(out);
+        }
+        for (std::size_t i = 0; i < outputs.size(); ++i) outputs[i].name = names[i].c_str();
+        profile.hand = hand.c_str();
+        profile.output_count = outputs.size();
+        profile.outputs = outputs.data();
+    }
+};
+
+// None when the library takes the wiring, else (output index or -1, field, problem).
+py::object profile_fault(const py::tuple& wiring) {
+    const Wiring w(wiring);
+    quil_profile_fault fault{};
+    if (quil_profile_check(&w.profile, &fault) == QUIL_OK) return py::none();
+    return py::make_tuple(fault.output, std::string(fault.field), std::string(fault.problem));
+}
+
+using Times = py::array_t<double, py::array::c_style | py::array::forcecast | npy::NPY_ARRAY_ALIGNED_>;
+
 class PyHand {
   public:
-    PyHand(const std::string& name, const std::string& dropout) : hand_(open(name, dropout)) {}
+    PyHand(const std::string& name, const std::string& dropout, const py::object& profile = py::none())
+        : hand_(open(name, dropout)) {
+        if (!profile.is_none()) set_profile(profile);
+    }
+
+    void set_profile(const py::object& profile) {
+        if (profile.is_none()) {
+            const auto lock = acquire();
+            hand_.clear_profile();
+            profile_ = py::none();
+            return;
+        }
+        if (!py::hasattr(profile, "_wiring"))
+            throw py::type_error("profile must be a quil_linear.Profile (Profile.load(path)) or None");
+        const Wiring w(profile.attr("_wiring")().cast<py::tuple>());
+        const auto lock = acquire();
+        try {
+            hand_.set_profile(w.profile);
+        } catch (const quil_linear::Error& e) {
+            std::string what = e.what();
+            const py::object source = profile.attr("source");
+            if (!source.is_none()) what = py::str(source).cast<std::string>() + ": " + what;
+            throw py::value_error(what);
+        }
+        profile_ = profile;
+    }
+
+    py::object profile() { return profile_; }
+
+    py::tuple output_names() {
+        const auto lock = acquire();
+        const std::vector<std::string> names = hand_.output_names();
+        py::tuple t(names.size());
+        for (std::size_t i = 0; i < names.size(); ++i) t[i] = py::str(names[i]);
+        return t;
+    }
+
+    py::dict counters() {
+        quil_counters c;
+        {
+            const auto lock = acquire();
+            c = hand_.counters();
+        }
+        py::dict d;
+        d["samples"] = c.samples;
+        d["held"] = c.held;
+        d["rejected"] = c.rejected;
+        d["limited"] = c.limited;
+        d["stale"] = c.stale;
+        return d;
+    }
+
+    py::tuple tick(double t) {
+        if (profile_.is_none()) throw py::value_error("tick needs a Hand with a profile");
+        py::array_t<double> out(static_cast<py::ssize_t>(hand_.output_count()));
+        int rc;
+        {
+            const auto lock = acquire();
+            rc = quil_hand_tick(hand_.get(), t, out.mutable_data());
+        }
+        return py::make_tuple(out, rc == 1);
+    }
+
+    // Readings with their times through the wiring profile (or, without one, the targets).
+    py::array map_timed(const py::object& readings, const py::object& times) {
+        Rows rows = as_rows(as_ndarray(readings));
+        const bool one = rows.ndim() == 1;
+        const std::size_t n = one ? 1 : static_cast<std::size_t>(rows.shape(0));
+        if (times.is_none())
+            throw py::value_error("a Hand with a profile maps samples with their times: map(readings, times=...) "
+                                  "with one time in seconds per sample");
+        Times ts = Times::ensure(as_ndarray(times));
+        if (!ts) throw py::error_already_set();
+        const bool shape_ok = one ? ts.size() == 1 && ts.ndim() <= 1 : ts.ndim() == 1 && static_cast<std::size_t>(ts.shape(0)) == n;
+        if (!shape_ok)
+            throw py::value_error("times must hold one time per sample: " + std::string(one ? "a number" : "shape (N,)") +
+                                  " for readings of shape " + shape_text(rows) + "; got shape " + shape_text(ts));
+        const std::size_t width = hand_.output_count();
+        py::array out = one ? py::array_t<double>(static_cast<py::ssize_t>(width))
+                            : py::array_t<double>({static_cast<py::ssize_t>(n), static_cast<py::ssize_t>(width)});
+        double* o = static_cast<double*>(out.mutable_data());
+        const double* in = rows.data();
+        const double* tt = ts.data();
+        py::gil_scoped_release released;
+        const std::lock_guard<std::mutex> lock(mutex_);
+        quil_hand_map_n_at(hand_.get(), n, tt, in, o);
+        return out;
+    }
 
     const quil_hand_info& info() const { return *quil_hand_about(hand_.get()); }
 
-    py::array map(const py::object& readings, const py::object& out) {
+    py::array map(const py::object& readings, const py::object& times, const py::object& out) {
+        if (!profile_.is_none() || !times.is_none()) {
+            if (!out.is_none()) throw py::value_error("out is for the targets of a Hand without a profile and times");
+            return map_timed(readings, times);
+        }
         Rows rows = as_rows(as_ndarray(readings));
         const std::size_t n = rows.ndim() == 1 ? 1 : static_cast<std::size_t>(rows.shape(0));
         py::array targets = out.is_none() ? new_targets(rows) : caller_targets(out, rows);
@@ -127,10 +274,11 @@ class PyHand {
     }
 
     py::bytes state() {
-        std::array<unsigned char, QUIL_HAND_STATE_CAPACITY> buffer;
+        std::vector<unsigned char> buffer;
         std::size_t size;
         {
             const auto lock = acquire();
+            buffer.resize(quil_hand_state_size_of(hand_.get()));
             size = quil_hand_save_state(hand_.get(), buffer.data(), buffer.size());
         }
         return py::bytes(reinterpret_cast<const char*>(buffer.data()), size);
@@ -153,7 +301,7 @@ class PyHand {
     // A new Hand of the same hand carrying this one's memory and dropout policy.
     std::unique_ptr<PyHand> copy() {
         const py::bytes s = state();
-        auto twin = std::make_unique<PyHand>(info().name, "pass");
+        auto twin = std::make_unique<PyHand>(info().name, "pass", profile_);
         twin->restore(s);
         return twin;
     }
@@ -224,6 +372,7 @@ class PyHand {
 
     quil_linear::Hand hand_;
     std::mutex mutex_;
+    py::object profile_ = py::none();
 };
 
 }  // namespace
@@ -286,23 +435,31 @@ PYBIND11_MODULE(_core, m) {
     m.attr("STATE_CAPACITY") = QUIL_HAND_STATE_CAPACITY;
     bind_session(m);
 
+    m.def("profile_fault", &profile_fault, py::arg("wiring"),
+          "None when the library takes a profile's wiring, else (output index or -1, field, problem).");
+
     py::class_<PyHand>(m, "Hand", R"doc(
 One robot hand driven by one glove, with its own memory from sample to sample.
 
-Hand(name, dropout="pass")
+Hand(name, dropout="pass", profile=None)
 
 name     a hand of quil_linear.hands(), exactly or ignoring case; an unknown name raises
          ValueError naming the closest hands.
 dropout  what the hand does with a NaN or infinite reading, as a glove sends when a channel
          drops out: "pass" gives it to the hand as it is (exactly what the C export does),
          "hold" keeps the channel's last finite reading instead.
+profile  a quil_linear.Profile (Profile.load(path)): map(readings, times=...) then gives the
+         hand driver's commands, named by output_names, after the library's safety stage
+         (smoothing, jump rejection, rate limit, clip, stall). ValueError for a profile of
+         another hand.
 
 Open one Hand per glove and feed it the samples in time order: hands that keep state remember
 a pinch between samples. copy.copy and pickle carry that memory, so a session can move to
 another process or machine and carry on exactly where it was.
 )doc")
-        .def(py::init<const std::string&, const std::string&>(), py::arg("name"), py::arg("dropout") = "pass")
-        .def("map", &PyHand::map, py::arg("readings"), py::arg("out") = py::none(), R"doc(
+        .def(py::init<const std::string&, const std::string&, const py::object&>(), py::arg("name"),
+             py::arg("dropout") = "pass", py::arg("profile") = py::none())
+        .def("map", &PyHand::map, py::arg("readings"), py::arg("times") = py::none(), py::arg("out") = py::none(), R"doc(
 Maps glove readings to joint targets, in order, through the hand's memory.
 
 readings  12 readings x0..x11 of one sample (shape (12,)) -> targets of shape (24,), or N
@@ -313,7 +470,21 @@ out       where to write the targets: a C-contiguous float64 array of that shape
 
 Returns the targets (`out` when given). Raises ValueError for any other shape and TypeError
 for non-real dtypes.
+
+With a profile (Hand(name, profile=...)), `times` is required: one time in seconds per sample
+(a number for one sample, shape (N,) for N), and the result is the profile's commands, shape
+(outputs,) or (N, outputs), named by output_names, after the safety stage.
 )doc")
+        .def_property("profile", &PyHand::profile, &PyHand::set_profile,
+                      "The Hand's quil_linear.Profile, or None for the 24 targets. Setting one starts its safety stage "
+                      "afresh.")
+        .def_property_readonly("output_names", &PyHand::output_names,
+                               "The names of what map gives per sample: the profile's outputs, or the 24 slot roles.")
+        .def_property_readonly("counters", &PyHand::counters,
+                               "What the safety stage did: samples, held, rejected, limited (samples) and stale "
+                               "(ticks), as a dict.")
+        .def("tick", &PyHand::tick, py::arg("t"),
+             "The watchdog at time t without a sample: (commands, stale). Needs a profile.")
         .def("reset", &PyHand::reset,
              "Back to the start-up state: pinch latches open, references and held readings 0. Keeps the dropout policy.")
         .def_property_readonly("state", &PyHand::state,
@@ -333,10 +504,11 @@ for non-real dtypes.
         .def("__repr__", &PyHand::repr)
         .def("__copy__", &PyHand::copy)
         .def("__deepcopy__", [](PyHand& h, py::handle) { return h.copy(); }, py::arg("memo"))
-        .def(py::pickle([](PyHand& h) { return py::make_tuple(std::string(h.info().name), h.state()); },
+        .def(py::pickle([](PyHand& h) { return py::make_tuple(std::string(h.info().name), h.state(), h.profile()); },
                         [](const py::tuple& t) {
-                            if (t.size() != 2) throw py::value_error("not a pickled quil_linear.Hand");
-                            auto hand = std::make_unique<PyHand>(t[0].cast<std::string>(), "pass");
+                            if (t.size() != 2 && t.size() != 3) throw py::value_error("not a pickled quil_linear.Hand");
+                            auto hand = std::make_unique<PyHand>(t[0].cast<std::string>(), "pass",
+                                                                 t.size() == 3 ? py::object(t[2]) : py::none());
                             hand->restore(t[1]);
                             return hand;
                         }));

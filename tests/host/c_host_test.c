@@ -177,6 +177,57 @@ int main(int argc, char** argv) {
         resolve(lib, symbol, statics[i].hand);
     }
 
+    /* Wiring profiles: every function resolves, and a one-output profile ramps from safe. */
+    {
+        typedef void (*output_init_fn)(quil_output*);
+        typedef void (*profile_init_fn)(quil_profile*);
+        typedef int (*profile_check_fn)(const quil_profile*, quil_profile_fault*);
+        typedef int (*set_profile_fn)(quil_hand*, const quil_profile*, quil_profile_fault*);
+        typedef void (*map_at_fn)(quil_hand*, double, const double*, double*);
+        typedef int (*tick_fn)(quil_hand*, double, double*);
+        typedef size_t (*count_fn)(const quil_hand*);
+        typedef const char* (*name_fn)(const quil_hand*, size_t);
+        static const char* const others[] = {"quil_hand_has_profile", "quil_hand_map_n_at", "quil_hand_counters",
+                                             "quil_hand_state_size_of"};
+        output_init_fn output_init = (output_init_fn)resolve(lib, "quil_output_init", "library");
+        profile_init_fn profile_init = (profile_init_fn)resolve(lib, "quil_profile_init", "library");
+        profile_check_fn profile_check = (profile_check_fn)resolve(lib, "quil_profile_check", "library");
+        set_profile_fn set_profile = (set_profile_fn)resolve(lib, "quil_hand_set_profile", "library");
+        map_at_fn map_at = (map_at_fn)resolve(lib, "quil_hand_map_at", "library");
+        tick_fn tick = (tick_fn)resolve(lib, "quil_hand_tick", "library");
+        count_fn output_count = (count_fn)resolve(lib, "quil_hand_output_count", "library");
+        name_fn output_name = (name_fn)resolve(lib, "quil_hand_output_name", "library");
+        for (size_t i = 0; i < sizeof others / sizeof others[0]; ++i) resolve(lib, others[i], "library");
+        if (output_init && profile_init && profile_check && set_profile && map_at && tick && output_count && output_name) {
+            quil_output out;
+            quil_profile profile;
+            quil_profile_fault fault;
+            output_init(&out);
+            out.name = "index";
+            out.slot = 6;
+            out.min = -1000;
+            out.max = 1000;
+            out.safe = 0;
+            out.max_rate = 10;
+            profile_init(&profile);
+            profile.hand = "RUIYAN_RY_H15";
+            profile.output_count = 1;
+            profile.outputs = &out;
+            check(profile_check(&profile, &fault) == QUIL_OK, "a good profile passes", "RUIYAN_RY_H15");
+            quil_hand* h = hand_open("RUIYAN_RY_H15");
+            check(set_profile(h, &profile, &fault) == QUIL_OK, "a profile is set", "RUIYAN_RY_H15");
+            check(output_count(h) == 1 && strcmp(output_name(h, 0), "index") == 0, "the output is named",
+                  "RUIYAN_RY_H15");
+            double c0 = -1, c1 = -1, c2 = -1;
+            map_at(h, 1.0, poses[2], &c0);
+            map_at(h, 1.5, poses[2], &c1);
+            check(c0 == 0.0 && fabs(c1) == 5.0, "the first command is safe and the next ramps at max_rate",
+                  "RUIYAN_RY_H15");
+            check(tick(h, 2.0, &c2) == 0 && c2 == c1, "a tick holds the last command", "RUIYAN_RY_H15");
+            hand_close(h);
+        }
+    }
+
     printf("resolved and called %d plain exports of %d hands\n", exports, hand_count);
     printf("%d passed, %d failed\n", checks - failures, failures);
     /* The library stays loaded, as in a real host: persistent buffers live until the process

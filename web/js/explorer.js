@@ -308,6 +308,7 @@
       b.value.title = QuilSession.formatNumber(v);
       b.row.dataset.value = QuilSession.formatNumber(v);
     }
+    document.dispatchEvent(new CustomEvent('quil:targets', { detail: { targets, hand: S.info.name } }));
   }
 
   // ---- Memory ------------------------------------------------------------------------------

@@ -14,6 +14,7 @@
 //   api.readSession(name, bytes, {timeUnit}) -> a recorded session, read by quil-retarget's own
 //                                  reader: {rows, readings, times (s), timeUnit, error, ...}
 //   api.parseNumber(text)          -> the number quil-retarget reads in `text`, or undefined
+//   api.checkProfile(profile)      -> null, or {field, problem} for a wiring profile object
 //
 // Every call goes straight to quil_linear/hand.h compiled from the library's own sources, so a
 // handle gives the native library's results bit for bit.
@@ -319,10 +320,105 @@
       }
     }
 
+    // A wiring profile object (as its JSON file holds it): its shape checked here, its values
+    // by the library's quil_profile_check, written into the module's memory at the offsets
+    // web/profile_layout.cpp checks. null when good, else {field, problem}.
+    const OUTPUT_FIELDS = ['name', 'slot', 'scale', 'offset', 'min', 'max', 'safe', 'smoothing', 'reject_above', 'max_rate'];
+    const REQUIRED = ['name', 'slot', 'scale', 'offset', 'min', 'max'];
+    const SMOOTHING = { none: [0, []], ema: [1, ['alpha']], one_euro: [2, ['min_cutoff', 'beta', 'd_cutoff']] };
+    // An output's slot: its number, or the one slot of the hand with that role; else what is
+    // wrong, as a string.
+    function slotOf(hand, slot) {
+      if (typeof slot === 'string') {
+        const ptr = withCString(hand, (h) => M._quil_hand_find(h));
+        const roles = ptr ? infoAt(ptr).slotRoles : [];
+        const matches = roles.map((r, i) => (r === slot ? i : -1)).filter((i) => i >= 0);
+        if (matches.length === 1) return matches[0];
+        return matches.length ? `"${slot}" names ${matches.length} slots of the hand; give the slot number`
+          : `"${slot}" is not a slot role of the hand`;
+      }
+      return Number.isInteger(slot) && slot >= 0 && slot <= 23 ? slot : 'is not a slot of the hand (0..23)';
+    }
+
+    function checkProfile(p) {
+      const fault = (field, problem) => ({ field, problem });
+      const isObject = (v) => v !== null && typeof v === 'object' && !Array.isArray(v);
+      const num = (v) => typeof v === 'number' && Number.isFinite(v);
+      if (!isObject(p)) return fault('(file)', 'must be a JSON object');
+      for (const k of Object.keys(p))
+        if (!['hand', 'comment', 'hold_after', 'safe_after', 'outputs'].includes(k)) return fault(k, 'is not a known field');
+      if (typeof p.hand !== 'string') return fault('hand', p.hand === undefined ? 'is missing' : "must be a hand's name");
+      if (p.comment !== undefined && typeof p.comment !== 'string') return fault('comment', 'must be a string');
+      for (const k of ['hold_after', 'safe_after'])
+        if (p[k] !== undefined && !num(p[k])) return fault(k, 'must be a finite number');
+      if (!Array.isArray(p.outputs)) return fault('outputs', p.outputs === undefined ? 'is missing' : 'must be a list of outputs');
+      const strings = [];
+      const at = M._malloc(32 + 104 * Math.max(1, p.outputs.length) + 12);
+      const outs = at + 32, faultAt = outs + 104 * Math.max(1, p.outputs.length);
+      const f64 = (ptr, v) => { M.HEAPF64[ptr >>> 3] = v; };
+      const put = (ptr, v) => { M.HEAP32[ptr >>> 2] = v; };
+      const cstr = (s) => {
+        const bytes = new TextEncoder().encode(s);
+        const ptr = M._malloc(bytes.length + 1);
+        M.HEAPU8.set(bytes, ptr);
+        M.HEAPU8[ptr + bytes.length] = 0;
+        strings.push(ptr);
+        return ptr;
+      };
+      try {
+        M.HEAPU8.fill(0, at, faultAt + 12);
+        for (let i = 0; i < p.outputs.length; i++) {
+          const o = p.outputs[i];
+          const where = `outputs[${i}]`;
+          if (!isObject(o)) return fault(where, 'must be a JSON object');
+          for (const k of Object.keys(o)) if (!OUTPUT_FIELDS.includes(k)) return fault(`${where}.${k}`, 'is not a known field');
+          for (const k of REQUIRED) if (o[k] === undefined) return fault(`${where}.${k}`, 'is missing');
+          if (typeof o.name !== 'string') return fault(`${where}.name`, 'must be a string');
+          const slot = slotOf(p.hand, o.slot);
+          if (typeof slot === 'string') return fault(`${where}.slot`, slot);
+          for (const k of ['scale', 'offset', 'min', 'max', 'safe', 'reject_above', 'max_rate'])
+            if (o[k] !== undefined && !num(o[k])) return fault(`${where}.${k}`, 'must be a finite number');
+          const q = outs + 104 * i;
+          put(q, cstr(o.name));
+          put(q + 4, slot);
+          f64(q + 8, o.scale); f64(q + 16, o.offset); f64(q + 24, o.min); f64(q + 32, o.max);
+          f64(q + 40, o.safe === undefined ? NaN : o.safe);
+          f64(q + 56, 1); f64(q + 64, 1); f64(q + 72, 0); f64(q + 80, 1);
+          if (o.smoothing !== undefined) {
+            const s = o.smoothing;
+            if (!isObject(s)) return fault(`${where}.smoothing`, 'must be a JSON object');
+            const kind = SMOOTHING[s.kind];
+            if (!kind) return fault(`${where}.smoothing.kind`, s.kind === undefined ? 'is missing' : 'must be "none", "ema" or "one_euro"');
+            for (const k of Object.keys(s)) if (k !== 'kind' && !kind[1].includes(k)) return fault(`${where}.smoothing.${k}`, 'is not a known field');
+            for (const k of kind[1]) if (!num(s[k])) return fault(`${where}.smoothing.${k}`, s[k] === undefined ? 'is missing' : 'must be a finite number');
+            put(q + 48, kind[0]);
+            if (s.alpha !== undefined) f64(q + 56, s.alpha);
+            if (s.min_cutoff !== undefined) { f64(q + 64, s.min_cutoff); f64(q + 72, s.beta); f64(q + 80, s.d_cutoff); }
+          }
+          f64(q + 88, o.reject_above === undefined ? Infinity : o.reject_above);
+          f64(q + 96, o.max_rate === undefined ? Infinity : o.max_rate);
+        }
+        put(at, cstr(p.hand));
+        f64(at + 8, p.hold_after === undefined ? Infinity : p.hold_after);
+        f64(at + 16, p.safe_after === undefined ? Infinity : p.safe_after);
+        put(at + 24, p.outputs.length);
+        put(at + 28, outs);
+        if (M._quil_profile_check(at, faultAt) === 0) return null;
+        const output = i32(faultAt);
+        const field = str(u32(faultAt + 4));
+        return fault(output >= 0 ? `outputs[${output}].${field}` : field, str(u32(faultAt + 8)));
+      } finally {
+        for (const ptr of strings) M._free(ptr);
+        M._free(at);
+      }
+    }
+
     return Object.freeze({
       version: str(M._quil_linear_version()),
       readSession,
       parseNumber,
+      checkProfile,
+      slotOf,
       READINGS,
       TARGETS,
       DROPOUT_PASS: 'pass',

@@ -12,15 +12,21 @@ quil_linear.hands() lists every hand; Hand.slots says what each of its 24 output
 (role, kind, relation, range, the readings that move it); quil_linear.readings() names the
 twelve readings the hands expect, in degrees; quil_linear.read_session(path) reads a recorded
 session exactly as quil-retarget reads it.
+
+A wiring profile turns the targets into the hand driver's own commands, through a safety stage:
+
+    hand = quil_linear.Hand("RUIYAN_RY_H15", profile=quil_linear.Profile.load("profile.json"))
+    commands = hand.map(readings, times=times)   # (N, len(hand.output_names)) float64
 """
 import os
 from typing import List, NamedTuple, Optional, Tuple
 
 from . import _core
 from ._core import Hand
+from .profile import Profile
 
-__all__ = ["Hand", "HandInfo", "Slot", "Reading", "hands", "readings", "closest_hands", "read_session", "Session",
-           "SessionError", "__version__"]
+__all__ = ["Hand", "HandInfo", "Profile", "Slot", "Reading", "hands", "readings", "closest_hands", "read_session",
+           "Session", "SessionError", "__version__"]
 
 #: The library's version, "MAJOR.MINOR.PATCH" (quil_linear_version() of the C API).
 __version__ = _core.version()
