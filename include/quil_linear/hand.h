@@ -63,9 +63,9 @@ extern "C" {
 
 /* The library's version: this header's and, through quil_linear_version(), the loaded one's. */
 #define QUIL_LINEAR_VERSION_MAJOR 1
-#define QUIL_LINEAR_VERSION_MINOR 1
+#define QUIL_LINEAR_VERSION_MINOR 2
 #define QUIL_LINEAR_VERSION_PATCH 0
-#define QUIL_LINEAR_VERSION_STRING "1.1.0"
+#define QUIL_LINEAR_VERSION_STRING "1.2.0"
 #define QUIL_LINEAR_VERSION_NUMBER \
     (QUIL_LINEAR_VERSION_MAJOR * 10000 + QUIL_LINEAR_VERSION_MINOR * 100 + QUIL_LINEAR_VERSION_PATCH)
 
