@@ -163,6 +163,10 @@ std::string describe_text(const quil_hand_info& h) {
     }
     s += "  sign: -1 the slot grows more negative as its finger bends (or its spread opens), +1 more positive.\n";
     s += "  range: over the library's sweep of readings (open to fist per finger, pinches, random samples).\n";
+    s += "  readings, in degrees, in this order:";
+    for (std::size_t r = 0; r < QUIL_READINGS; ++r)
+        s += std::string(r ? "," : "") + " x" + std::to_string(r) + " " + quil_reading(r)->name;
+    s += "\n";
     s += "  readings this hand does not use:";
     bool any = false;
     for (std::size_t r = 0; r < QUIL_READINGS; ++r)
