@@ -44,7 +44,10 @@ std::string relation_text(const quil::SlotRelation& r) {
     if (r.offset != 0.0) t += (r.offset < 0 ? " - " : " + ") + number(std::fabs(r.offset));
     if (r.lower != -std::numeric_limits<double>::infinity()) t = "max(" + t + ", " + number(r.lower) + ")";
     if (r.upper != std::numeric_limits<double>::infinity()) t = "min(" + t + ", " + number(r.upper) + ")";
-    if (r.negated) t = (t.find(' ') == std::string::npos || t.rfind("m", 0) == 0) ? "-" + t : "-(" + t + ")";
+    // A bounded formula is already one term; a sum needs brackets before its sign flips.
+    const bool one_term = r.lower != -std::numeric_limits<double>::infinity() ||
+                          r.upper != std::numeric_limits<double>::infinity();
+    if (r.negated) t = one_term ? "-" + t : "-(" + t + ")";
     return t;
 }
 

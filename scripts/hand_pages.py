@@ -176,10 +176,11 @@ def hand_page(info):
     for s in slots:
         if s.kind not in ("joint", "follower"):
             continue
-        own = [r.index for r in readings if r.finger == s.role.split("_")[0] and
-               (r.motion == "spread") == s.role.endswith("_spread")]
+        # A spread slot moves with the spread readings, a joint with its finger's bend readings.
         if s.role.endswith("_spread"):
             own = [r.index for r in readings if r.motion == "spread"]
+        else:
+            own = [r.index for r in readings if r.finger == s.role.split("_")[0] and r.motion == "bend"]
         if not set(own) & set(s.moved_by):
             others = ", ".join("x%d" % r for r in s.moved_by)
             notes.append("Slot %d (`%s`) is not moved by its own finger's readings alone: %s." % (

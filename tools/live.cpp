@@ -159,34 +159,28 @@ class Bridge {
     std::uint64_t recorded_ = 0;
 };
 
+// A UDP socket bound to (listening) or connected to (sending) `url`; -1 with `error` set.
+int udp_socket(const std::string& url, bool listen, std::string& error) {
+    sockaddr_storage a;
+    socklen_t len;
+    if (!udp_address(url, a, len, error)) return -1;
+    const int fd = ::socket(a.ss_family, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    const sockaddr* at = reinterpret_cast<sockaddr*>(&a);
+    if (fd < 0 || (listen ? ::bind(fd, at, len) : ::connect(fd, at, len)) != 0) {
+        error = (listen ? "cannot listen on " : "cannot send to ") + url + ": " + std::strerror(errno);
+        if (fd >= 0) ::close(fd);
+        return -1;
+    }
+    return fd;
+}
+
 bool Bridge::open_ends(std::string& error) {
-    if (o_.in == "-") {
-        in_fd_ = STDIN_FILENO;
-    } else {
-        sockaddr_storage a;
-        socklen_t len;
-        if (!udp_address(o_.in, a, len, error)) return false;
-        in_fd_ = ::socket(a.ss_family, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-        if (in_fd_ < 0 || ::bind(in_fd_, reinterpret_cast<sockaddr*>(&a), len) != 0) {
-            error = "cannot listen on " + o_.in + ": " + std::strerror(errno);
-            return false;
-        }
-        in_udp_ = true;
-    }
-    if (o_.out == "-") {
-        out_fd_ = STDOUT_FILENO;
-    } else {
-        sockaddr_storage a;
-        socklen_t len;
-        if (!udp_address(o_.out, a, len, error)) return false;
-        out_fd_ = ::socket(a.ss_family, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-        if (out_fd_ < 0 || ::connect(out_fd_, reinterpret_cast<sockaddr*>(&a), len) != 0) {
-            error = "cannot send to " + o_.out + ": " + std::strerror(errno);
-            return false;
-        }
-        out_udp_ = true;
-    }
-    return true;
+    in_udp_ = o_.in != "-";
+    in_fd_ = in_udp_ ? udp_socket(o_.in, true, error) : STDIN_FILENO;
+    if (in_fd_ < 0) return false;
+    out_udp_ = o_.out != "-";
+    out_fd_ = out_udp_ ? udp_socket(o_.out, false, error) : STDOUT_FILENO;
+    return out_fd_ >= 0;
 }
 
 void Bridge::bad(const std::string& message) {

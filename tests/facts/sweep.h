@@ -35,20 +35,17 @@ struct SweepSample {
     Part part;
 };
 
-// The readings that bend each finger, and the spreads, as the reading roles name them.
+// The readings that bend each finger, and the spreads, as the reading roles name them
+// (finger "" for every finger).
 inline std::vector<int> readings_of(const char* finger, const char* motion) {
     std::vector<int> r;
     for (int i = 0; i < 12; ++i)
-        if (std::strcmp(kReadingRoles[i].finger, finger) == 0 && std::strcmp(kReadingRoles[i].motion, motion) == 0)
+        if ((!*finger || std::strcmp(kReadingRoles[i].finger, finger) == 0) &&
+            std::strcmp(kReadingRoles[i].motion, motion) == 0)
             r.push_back(i);
     return r;
 }
-inline std::vector<int> spread_readings() {
-    std::vector<int> r;
-    for (int i = 0; i < 12; ++i)
-        if (std::strcmp(kReadingRoles[i].motion, "spread") == 0) r.push_back(i);
-    return r;
-}
+inline std::vector<int> spread_readings() { return readings_of("", "spread"); }
 
 constexpr const char* kFingers[] = {"thumb", "index", "middle", "ring", "little"};
 
