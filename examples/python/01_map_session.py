@@ -49,7 +49,8 @@ def plot(time_s, readings, targets, hand, title, path):
     axes[0].set_prop_cycle(color=[plt.get_cmap("tab20")(i) for i in range(0, 20, 2)] + ["black", "0.55"])
     axes[0].plot(time_s, readings, linewidth=0.9)
     axes[0].set_ylabel("glove (deg)")
-    axes[0].legend(["x%d" % i for i in range(12)], ncol=2, fontsize=7, loc="upper left", bbox_to_anchor=(1.01, 1.0))
+    axes[0].legend(["x%d %s" % (r.index, r.name) for r in quil_linear.readings()], ncol=2, fontsize=7,
+                   loc="upper left", bbox_to_anchor=(1.01, 1.0))
     for ax, (group, slots) in zip(axes[1:], groups.items()):
         for slot in slots:
             ax.plot(time_s, targets[:, slot], linewidth=1.0, label="%d %s" % (slot, hand.slot_roles[slot]))

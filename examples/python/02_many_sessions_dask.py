@@ -174,7 +174,7 @@ def main():
         print("%-40s %7d samples -> %s (worker %d, %.3f s)"
               % (name, r["samples"], r["targets"], r["worker_pid"], r["convert_seconds"]))
     print("%d of %d sessions through %s into %s%s" % (len(records) - len(failed), len(records), args.hand, out_dir,
-                                                       "; %d skipped files" % len(skipped) if skipped else ""))
+                                                       "; %d file%s skipped" % (len(skipped), "" if len(skipped) == 1 else "s") if skipped else ""))
     if failed:
         print("%d sessions failed: %s" % (len(failed), ", ".join(os.path.basename(r["session"]) for r in failed)),
               file=sys.stderr)

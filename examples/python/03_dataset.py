@@ -23,6 +23,7 @@ import matplotlib
 matplotlib.use("Agg")  # files only, no display needed
 import matplotlib.pyplot as plt  # noqa: E402
 import numpy as np  # noqa: E402
+import quil_linear  # noqa: E402
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 CONSTANT_ROLES = ("unused", "terminator")
@@ -76,7 +77,8 @@ def plot(episodes, path, fps):
     axes[0].set_prop_cycle(color=[plt.get_cmap("tab20")(i) for i in range(0, 20, 2)] + ["black", "0.55"])
     axes[0].plot(t, readings, linewidth=0.9)
     axes[0].set_ylabel("glove (deg)")
-    axes[0].legend(["x%d" % i for i in range(12)], ncol=2, fontsize=7, loc="upper left", bbox_to_anchor=(1.01, 1.0))
+    axes[0].legend(["x%d %s" % (r.index, r.name) for r in quil_linear.readings()], ncol=2, fontsize=7,
+                   loc="upper left", bbox_to_anchor=(1.01, 1.0))
     for ax, (_, actions, names, hand) in zip(axes[1:], episodes):
         # Slots that only hold a constant carry no motion worth a line.
         shown = [s for s, n in enumerate(names) if n not in CONSTANT_ROLES and np.ptp(actions[:, s]) > 0]
