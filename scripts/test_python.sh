@@ -4,6 +4,7 @@
 # package installed into it offline, then pytest, which also compares every hand with the C
 # exports of the release build's libquil_linear.so and runs the examples.
 #   bash scripts/test_python.sh [BUILD_DIR]     BUILD_DIR defaults to build (made by scripts/test.sh)
+#   bash scripts/test_python.sh BUILD_DIR --install-only   the venv and the package, no tests
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=${1:-build}
@@ -14,4 +15,5 @@ venv=$build/python-venv
 [ -x "$venv/bin/python" ] || /usr/bin/python3 -m venv --system-site-packages "$venv"
 "$venv/bin/python" -m pip install --quiet --no-build-isolation --no-index --disable-pip-version-check \
   ./python
+[ "${2:-}" = --install-only ] && exit 0
 QUIL_LINEAR_LIB="$build/libquil_linear.so" MPLBACKEND=Agg "$venv/bin/python" -m pytest -q python/tests
