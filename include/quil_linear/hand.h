@@ -51,11 +51,7 @@
 
 #include <stddef.h>
 
-#if defined(__GNUC__)
-#define QUIL_API __attribute__((visibility("default")))
-#else
-#define QUIL_API
-#endif
+#include "quil_linear/export.h"
 
 #ifdef __cplusplus
 extern "C" {
