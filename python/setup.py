@@ -36,7 +36,7 @@ def in_root(*patterns):
 version = library_version()
 
 # The library as its own build compiles it (CMake's quil_linear_objects).
-library_sources = in_root("core/*.cpp", "models/*.cpp", "api/exports.cpp", "api/hand.cpp", "api/profile.cpp",
+library_sources = in_root("core/*.cpp", "models/*.cpp", "api/exports.cpp", "api/hand.cpp", "api/state_codec.cpp", "api/profile.cpp",
                           "api/slot_facts.cpp")
 # quil-retarget's session readers, so read_session accepts exactly the files the tool accepts.
 reader_sources = in_root("tools/npy.cpp", "tools/retarget_io.cpp", "tools/session_source.cpp", "tools/session_file.cpp")

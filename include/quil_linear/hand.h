@@ -25,7 +25,8 @@
  * mapping, resetting and saving or loading a state allocate nothing. Catalogue entries and strings are owned by the library and live as
  * long as it stays loaded; never free them.
  *
- * Threads. The catalogue functions, quil_error_text and quil_linear_version may be called from
+ * Threads. The catalogue functions, quil_error_text, quil_dropout_name, quil_dropout_from_name
+ * and the version functions may be called from
  * any thread at any time. A handle belongs to one thread at a time: calls on the same handle
  * must not overlap, calls on different handles may run on different threads at once. Handles
  * share nothing with each other or with the C exports: a handle never reads or writes the hand
@@ -69,24 +70,33 @@ extern "C" {
 #define QUIL_TARGETS 24  /* joint targets per sample, in the hand's slot order */
 
 /* Dropout policies: what a handle does with a non-finite reading (NaN or +-infinity), as a
- * glove sends when a channel drops out. */
-#define QUIL_DROPOUT_PASS 0 /* the reading goes to the hand as it is, exactly as the C export
-                               takes it. On most hands a NaN then acts as a fully bent finger.
-                               The default. */
-#define QUIL_DROPOUT_HOLD 1 /* the reading is replaced by the last finite reading of that channel
-                               seen by this handle, or 0.0 before the first one. The safe choice
-                               for live teleoperation: a dropped channel holds the finger where
-                               it was instead of closing it. */
+ * glove sends when a channel drops out. Functions take and give a policy as an `int` holding one
+ * of these values, so that any other int can be refused (QUIL_E_DROPOUT_POLICY). */
+typedef enum quil_dropout {
+    QUIL_DROPOUT_PASS = 0, /* the reading goes to the hand as it is, exactly as the C export
+                              takes it. On most hands a NaN then acts as a fully bent finger.
+                              The default. */
+    QUIL_DROPOUT_HOLD = 1  /* the reading is replaced by the last finite reading of that channel
+                              seen by this handle, or 0.0 before the first one. The safe choice
+                              for live teleoperation: a dropped channel holds the finger where
+                              it was instead of closing it. */
+} quil_dropout;
 
-/* Error codes (negative; 0 is success). */
-#define QUIL_OK 0
-#define QUIL_E_NULL (-1)              /* a required pointer was NULL */
-#define QUIL_E_DROPOUT_POLICY (-2)    /* not a QUIL_DROPOUT_... value */
-#define QUIL_E_STATE_TRUNCATED (-3)   /* the state is shorter than a state is */
-#define QUIL_E_STATE_NOT_A_STATE (-4) /* the bytes are not a saved hand state */
-#define QUIL_E_STATE_VERSION (-5)     /* a state format this library does not know */
-#define QUIL_E_STATE_OTHER_HAND (-6)  /* the state belongs to another hand */
-#define QUIL_E_STATE_DAMAGED (-7)     /* the state's checksum or contents are wrong */
+/* Status codes: 0 is success, failures are negative. Functions return them as an `int`. */
+typedef enum quil_status {
+    QUIL_OK = 0,
+    QUIL_E_NULL = -1,              /* a required pointer was NULL */
+    QUIL_E_DROPOUT_POLICY = -2,    /* not a QUIL_DROPOUT_... value */
+    QUIL_E_STATE_TRUNCATED = -3,   /* the state is shorter than a state is */
+    QUIL_E_STATE_NOT_A_STATE = -4, /* the bytes are not a saved hand state */
+    QUIL_E_STATE_VERSION = -5,     /* a state format this library does not know */
+    QUIL_E_STATE_OTHER_HAND = -6,  /* the state belongs to another hand */
+    QUIL_E_STATE_DAMAGED = -7,     /* the state's checksum or contents are wrong */
+    QUIL_E_PROFILE = -8,           /* the wiring profile is refused; quil_profile_fault tells where */
+    QUIL_E_PROFILE_HAND = -9,      /* the wiring profile is for another hand */
+    QUIL_E_NO_PROFILE = -10,       /* the call needs a handle with a wiring profile */
+    QUIL_E_STATE_PROFILE = -11     /* the state was saved under another wiring profile (or none) */
+} quil_status;
 
 /* A state saved without a wiring profile never takes more than this many bytes in this major
  * version; a buffer of this size always suffices for it. quil_hand_state_size() gives the exact
@@ -104,7 +114,7 @@ typedef struct quil_hand_info {
     int keeps_state;               /* 1: remembers pinches or thumb references between samples */
     int persistent_buffer;         /* 1: its C export reuses one buffer, never to be freed;
                                       0: its C export returns a buffer to free with FreeMemory */
-    const char* slot_roles[24];    /* what the hand's rules drive in each output slot */
+    const char* slot_roles[QUIL_TARGETS]; /* what the hand's rules drive in each output slot */
 } quil_hand_info;
 
 /* ---- The catalogue ------------------------------------------------------------------------ */
@@ -201,7 +211,7 @@ QUIL_API void quil_hand_reset(quil_hand* hand);
  * sample goes through the handle's memory, which it updates. Both arrays belong to the caller
  * and must not overlap. Any double is accepted; readings outside [-20, 120] act as the nearer
  * bound. With a NULL handle, readings or targets nothing is written. */
-QUIL_API void quil_hand_map(quil_hand* hand, const double readings[12], double targets[24]);
+QUIL_API void quil_hand_map(quil_hand* hand, const double readings[QUIL_READINGS], double targets[QUIL_TARGETS]);
 
 /* Maps `n` samples in order through the handle's memory: `readings` holds n rows of 12,
  * `targets` receives n rows of 24, both row-major and the caller's; they must not overlap.
@@ -217,6 +227,37 @@ QUIL_API int quil_hand_set_dropout(quil_hand* hand, int policy);
 
 /* The handle's dropout policy; QUIL_E_NULL for a NULL handle. */
 QUIL_API int quil_hand_dropout(const quil_hand* hand);
+
+/* The names of the dropout policies, as the tools, the Python module and the page take them:
+ * "pass" for QUIL_DROPOUT_PASS, "hold" for QUIL_DROPOUT_HOLD; NULL for any other int. The string
+ * is the library's, constant. */
+QUIL_API const char* quil_dropout_name(int policy);
+
+/* The policy named `name` ("pass" or "hold", exactly); QUIL_E_DROPOUT_POLICY for any other name,
+ * QUIL_E_NULL for NULL. */
+QUIL_API int quil_dropout_from_name(const char* name);
+
+/* ---- A handle's memory -------------------------------------------------------------------- */
+
+/* What a handle remembers between samples, as quil_hand_memory_of copies it out: the same things
+ * its saved state holds, for showing them (a saved state's bytes are for loading back only; their
+ * layout is the library's own). Hands that keep no state leave the latches and references as a
+ * fresh handle has them. */
+typedef struct quil_hand_memory {
+    int pinch_latches[4];        /* 1 while a pinch is latched, else 0: [0] the index pinch (thumb
+                                    to index), [1] the middle pinch (thumb to middle); no hand of
+                                    the catalogue latches [2] or [3], which stay 0 */
+    double thumb_references[2];  /* the thumb references of the hands that keep them (the thumb's
+                                    target when a pinch latched), else 0.0 */
+    double held_readings[QUIL_READINGS]; /* per channel x0..x11, the last finite reading seen, 0.0
+                                    before the first: what QUIL_DROPOUT_HOLD sends in its place */
+    quil_dropout dropout;        /* the handle's dropout policy */
+} quil_hand_memory;
+
+/* Copies the handle's memory to `*out`. Returns QUIL_OK, or QUIL_E_NULL (nothing written) for a
+ * NULL handle or `out`. Reads the handle only: like any call on a handle, not while another call
+ * on the same handle runs. */
+QUIL_API int quil_hand_memory_of(const quil_hand* hand, quil_hand_memory* out);
 
 /* ---- Saved states ------------------------------------------------------------------------- */
 /* A saved state is a small portable byte string: little-endian, with a format version, the
@@ -253,6 +294,10 @@ QUIL_API const char* quil_error_text(int code);
 /* The loaded library's version, "MAJOR.MINOR.PATCH"; compare with QUIL_LINEAR_VERSION_STRING
  * to detect a header/library mismatch. */
 QUIL_API const char* quil_linear_version(void);
+
+/* The loaded library's version as a number, QUIL_LINEAR_VERSION_NUMBER's formula
+ * (MAJOR * 10000 + MINOR * 100 + PATCH): 10200 for "1.2.0". */
+QUIL_API unsigned quil_linear_version_number(void);
 
 #ifdef __cplusplus
 }

@@ -58,11 +58,8 @@ extern "C" {
 #define QUIL_SMOOTHING_EMA 1
 #define QUIL_SMOOTHING_ONE_EURO 2
 
-/* More error codes. */
-#define QUIL_E_PROFILE (-8)         /* the profile is refused; quil_profile_fault tells where */
-#define QUIL_E_PROFILE_HAND (-9)    /* the profile is for another hand */
-#define QUIL_E_NO_PROFILE (-10)     /* the call needs a handle with a profile */
-#define QUIL_E_STATE_PROFILE (-11)  /* the state was saved under another profile (or none) */
+/* Its error codes, QUIL_E_PROFILE, QUIL_E_PROFILE_HAND, QUIL_E_NO_PROFILE and
+ * QUIL_E_STATE_PROFILE, are among the status codes of hand.h (quil_status). */
 
 typedef struct quil_smoothing {
     int kind;          /* QUIL_SMOOTHING_... */
