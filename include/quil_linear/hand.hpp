@@ -32,6 +32,9 @@ using Targets = std::array<double, QUIL_TARGETS>;    // the hand's 24 joint targ
 // What a Hand does with a non-finite reading (see QUIL_DROPOUT_PASS and QUIL_DROPOUT_HOLD).
 enum class Dropout : int { pass = QUIL_DROPOUT_PASS, hold = QUIL_DROPOUT_HOLD };
 
+// "pass" or "hold" (quil_dropout_name).
+inline const char* dropout_name(Dropout policy) noexcept { return quil_dropout_name(static_cast<int>(policy)); }
+
 // A failed call: an unknown hand name, or a saved state that does not fit. code() is the
 // QUIL_E_... code, or 0 for an unknown name.
 class Error : public std::runtime_error {
@@ -79,8 +82,16 @@ inline std::vector<HandInfo> hands() {
     return all;
 }
 
-// The loaded library's version, "MAJOR.MINOR.PATCH".
+// The loaded library's version, "MAJOR.MINOR.PATCH", and as MAJOR * 10000 + MINOR * 100 + PATCH.
 inline const char* version() noexcept { return quil_linear_version(); }
+inline unsigned version_number() noexcept { return quil_linear_version_number(); }
+
+// The policy named "pass" or "hold"; throws Error (QUIL_E_DROPOUT_POLICY) for any other name.
+inline Dropout dropout_from_name(std::string_view name) {
+    const int policy = quil_dropout_from_name(std::string(name).c_str());
+    if (policy < 0) throw Error(policy, std::string(quil_error_text(policy)) + ": \"" + std::string(name) + "\"");
+    return static_cast<Dropout>(policy);
+}
 
 class Hand {
   public:
@@ -202,8 +213,16 @@ class Hand {
         return c;
     }
 
+    // What the hand remembers between samples (pinch latches, thumb references, held readings,
+    // dropout policy), to show it; see quil_hand_memory. All zero for a moved-from Hand.
+    quil_hand_memory memory() const noexcept {
+        quil_hand_memory m{};
+        quil_hand_memory_of(handle_, &m);
+        return m;
+    }
+
     // The hand's memory and dropout policy (and, with a profile, the safety stage's memory) as a
-    // portable byte string (see hand.h).
+    // portable byte string (see hand.h), for restore().
     std::vector<std::uint8_t> state() const {
         std::vector<std::uint8_t> bytes(quil_hand_state_size_of(handle_));
         bytes.resize(quil_hand_save_state(handle_, bytes.data(), bytes.size()));

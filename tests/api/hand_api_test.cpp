@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "quil_linear/hand.h"
@@ -56,7 +57,22 @@ struct Handle {
         s.resize(quil_hand_save_state(h, s.data(), s.size()));
         return s;
     }
+    quil_hand_memory memory() const {
+        quil_hand_memory m;
+        std::memset(&m, 0xA5, sizeof m);  // every field must be written
+        EXPECT_EQ(quil_hand_memory_of(h, &m), QUIL_OK);
+        return m;
+    }
 };
+
+// Field by field, doubles to the bit.
+::testing::AssertionResult same_memory(const quil_hand_memory& a, const quil_hand_memory& b) {
+    if (std::memcmp(a.pinch_latches, b.pinch_latches, sizeof a.pinch_latches) != 0 ||
+        std::memcmp(a.thumb_references, b.thumb_references, sizeof a.thumb_references) != 0 ||
+        std::memcmp(a.held_readings, b.held_readings, sizeof a.held_readings) != 0 || a.dropout != b.dropout)
+        return ::testing::AssertionFailure() << "memories differ";
+    return ::testing::AssertionSuccess();
+}
 
 class EveryHand : public ::testing::TestWithParam<std::size_t> {
   protected:
@@ -75,7 +91,9 @@ TEST_P(EveryHand, HandleGivesTheFreshExportsTargetsOneByOneInBatchesAndAfterRese
     EXPECT_TRUE(same_targets(expected, map_one_by_one(one.h, samples)));
     EXPECT_TRUE(same_targets(expected, map_batched(batched.h, samples)));
     EXPECT_EQ(one.state(), batched.state());  // the same memory, last finite readings included
+    EXPECT_TRUE(same_memory(one.memory(), batched.memory()));
     quil_hand_reset(one.h);
+    EXPECT_TRUE(same_memory(one.memory(), Handle(hand().name).memory())) << "a reset is a fresh handle";
     EXPECT_TRUE(same_targets(expected, map_batched(one.h, samples)));
 }
 
@@ -96,6 +114,8 @@ TEST_P(EveryHand, SavedStateResumesExactlyAtAnySample) {
             done = stop;
             Handle resumed(hand().name);  // dropout PASS until the state says otherwise
             ASSERT_EQ(quil_hand_load_state(resumed.h, first.state().data(), first.state().size()), QUIL_OK);
+            EXPECT_TRUE(same_memory(first.memory(), resumed.memory())) << "policy " << policy << ", saved after " << stop;
+            EXPECT_EQ(resumed.memory().dropout, policy);
             const std::vector<Sample> rest(samples.begin() + stop, samples.end());
             const std::vector<double> tail(expected.begin() + 24 * stop, expected.end());
             EXPECT_TRUE(same_targets(tail, map_batched(resumed.h, rest))) << "policy " << policy << ", saved after " << stop;
@@ -174,6 +194,9 @@ TEST(HandApiDropout, HoldReplacesEachNonFiniteReadingByItsChannelsLastFiniteOne)
         ASSERT_EQ(quil_hand_set_dropout(hold.h, QUIL_DROPOUT_HOLD), QUIL_OK);
         EXPECT_EQ(quil_hand_dropout(hold.h), QUIL_DROPOUT_HOLD);
         EXPECT_TRUE(same_targets(map_one_by_one(pass.h, held), map_batched(hold.h, samples))) << name;
+        const quil_hand_memory m = hold.memory();
+        EXPECT_EQ(std::memcmp(m.held_readings, last.data(), sizeof m.held_readings), 0) << name;
+        EXPECT_EQ(m.dropout, QUIL_DROPOUT_HOLD);
     }
 }
 
@@ -272,7 +295,7 @@ TEST(HandApiBadCalls, GetDefinedAnswers) {
     quil_hand_map(h.h, nullptr, nullptr);
     quil_hand_map_n(h.h, 1, readings, nullptr);
 
-    for (int code = QUIL_OK; code >= QUIL_E_STATE_DAMAGED; --code)
+    for (int code = QUIL_OK; code >= QUIL_E_STATE_PROFILE; --code)
         EXPECT_STRNE(quil_error_text(code), quil_error_text(-1000)) << code;
     EXPECT_STREQ(quil_error_text(-1000), "unknown error code");
 }
@@ -297,6 +320,41 @@ TEST(HandApiCatalogue, SuggestsTheClosestHandsForAMistypedName) {
 TEST(HandApiVersion, HeaderLibraryAndBuildAgree) {
     EXPECT_STREQ(quil_linear_version(), QUIL_LINEAR_VERSION_STRING);
     EXPECT_STREQ(quil_linear_version(), QUIL_LINEAR_PROJECT_VERSION);
+    EXPECT_EQ(quil_linear_version_number(), unsigned{QUIL_LINEAR_VERSION_NUMBER});
+    EXPECT_EQ(std::to_string(quil_linear_version_number() / 10000) + "." + std::to_string(quil_linear_version_number() / 100 % 100) +
+                  "." + std::to_string(quil_linear_version_number() % 100),
+              quil_linear_version());
+}
+
+// The values hosts compiled against earlier headers hold.
+TEST(HandApiCodes, KeepTheirValuesAndDropoutNamesRoundTrip) {
+    const std::pair<int, int> codes[] = {
+        {QUIL_OK, 0}, {QUIL_E_NULL, -1}, {QUIL_E_DROPOUT_POLICY, -2}, {QUIL_E_STATE_TRUNCATED, -3},
+        {QUIL_E_STATE_NOT_A_STATE, -4}, {QUIL_E_STATE_VERSION, -5}, {QUIL_E_STATE_OTHER_HAND, -6},
+        {QUIL_E_STATE_DAMAGED, -7}, {QUIL_E_PROFILE, -8}, {QUIL_E_PROFILE_HAND, -9}, {QUIL_E_NO_PROFILE, -10},
+        {QUIL_E_STATE_PROFILE, -11}, {QUIL_DROPOUT_PASS, 0}, {QUIL_DROPOUT_HOLD, 1}};
+    for (const auto& [code, value] : codes) EXPECT_EQ(code, value);
+    static_assert(sizeof(quil_dropout) == sizeof(int) && sizeof(quil_status) == sizeof(int), "enums are ints");
+
+    const struct {
+        int policy;
+        const char* name;
+    } names[] = {{QUIL_DROPOUT_PASS, "pass"}, {QUIL_DROPOUT_HOLD, "hold"}, {2, nullptr}, {-1, nullptr}};
+    for (const auto& n : names) {
+        if (!n.name) {
+            EXPECT_EQ(quil_dropout_name(n.policy), nullptr) << n.policy;
+            continue;
+        }
+        EXPECT_STREQ(quil_dropout_name(n.policy), n.name);
+        EXPECT_EQ(quil_dropout_from_name(n.name), n.policy);
+    }
+    for (const char* wrong : {"HOLD", "", "hold ", "drop"}) EXPECT_EQ(quil_dropout_from_name(wrong), QUIL_E_DROPOUT_POLICY) << wrong;
+    EXPECT_EQ(quil_dropout_from_name(nullptr), QUIL_E_NULL);
+
+    quil_hand_memory m;
+    EXPECT_EQ(quil_hand_memory_of(nullptr, &m), QUIL_E_NULL);
+    Handle h("CHOHO_Hand");
+    EXPECT_EQ(quil_hand_memory_of(h.h, nullptr), QUIL_E_NULL);
 }
 
 }  // namespace

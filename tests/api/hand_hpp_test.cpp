@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstddef>
 #include <cstring>
 #include <type_traits>
 #include <vector>
@@ -59,6 +60,11 @@ TEST(HandHpp, MovesOwnershipAndRestoresStates) {
 
     Hand c("TetherIA_AeroHandOpen");
     c.restore(b.state());
+    const quil_hand_memory mb = b.memory(), mc = c.memory();
+    EXPECT_EQ(0, std::memcmp(&mb, &mc, offsetof(quil_hand_memory, dropout)));  // latches, references, readings
+    EXPECT_EQ(mc.dropout, QUIL_DROPOUT_HOLD);
+    EXPECT_EQ(quil_linear::dropout_from_name(quil_linear::dropout_name(c.dropout())), c.dropout());
+    EXPECT_THROW(quil_linear::dropout_from_name("Hold"), quil_linear::Error);
     for (std::size_t i = 1000; i < readings.size(); ++i) ASSERT_EQ(b.map(readings[i]), c.map(readings[i])) << i;
 
     Hand other("RUIYAN_RY_H15");
