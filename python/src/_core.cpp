@@ -32,13 +32,12 @@ namespace {
 
 using npy = py::detail::npy_api;
 
-const char* dropout_name(Dropout d) { return d == Dropout::hold ? "hold" : "pass"; }
-
 Dropout dropout_from(const std::string& name) {
-    if (name == "pass") return Dropout::pass;
-    if (name == "hold") return Dropout::hold;
-    throw py::value_error("dropout must be \"pass\" (non-finite readings go to the hand as they are) or "
-                          "\"hold\" (a dropped channel keeps its last finite reading); got \"" + name + "\"");
+    const int policy = quil_dropout_from_name(name.c_str());
+    if (policy >= 0) return static_cast<Dropout>(policy);
+    throw py::value_error(std::string("dropout must be \"") + quil_dropout_name(QUIL_DROPOUT_PASS) +
+                          "\" (non-finite readings go to the hand as they are) or \"" + quil_dropout_name(QUIL_DROPOUT_HOLD) +
+                          "\" (a dropped channel keeps its last finite reading); got \"" + name + "\"");
 }
 
 py::tuple roles_of(const quil_hand_info& info) {
@@ -264,13 +263,30 @@ class PyHand {
 
     std::string dropout() {
         const auto lock = acquire();
-        return dropout_name(hand_.dropout());
+        return quil_linear::dropout_name(hand_.dropout());
     }
 
     void set_dropout(const std::string& name) {
         const Dropout d = dropout_from(name);
         const auto lock = acquire();
         hand_.set_dropout(d);
+    }
+
+    py::dict memory() {
+        quil_hand_memory m;
+        {
+            const auto lock = acquire();
+            m = hand_.memory();
+        }
+        py::tuple latches(4), held(QUIL_READINGS);
+        for (std::size_t i = 0; i < 4; ++i) latches[i] = py::bool_(m.pinch_latches[i] != 0);
+        for (std::size_t i = 0; i < QUIL_READINGS; ++i) held[i] = py::float_(m.held_readings[i]);
+        py::dict d;
+        d["pinch_latches"] = latches;
+        d["thumb_references"] = py::make_tuple(m.thumb_references[0], m.thumb_references[1]);
+        d["held_readings"] = held;
+        d["dropout"] = quil_dropout_name(m.dropout);
+        return d;
     }
 
     py::bytes state() {
@@ -424,7 +440,7 @@ PYBIND11_MODULE(_core, m) {
         return readings;
     }, "The twelve readings as tuples in the order of quil_linear.Reading.");
 
-    m.def("closest", [](const std::string& name, std::size_t count) {
+    m.def("suggest", [](const std::string& name, std::size_t count) {
         std::array<const quil_hand_info*, 32> best{};
         const std::size_t n = quil_hand_suggest(name.c_str(), best.data(), std::min(count, best.size()));
         py::list names;
@@ -487,8 +503,20 @@ With a profile (Hand(name, profile=...)), `times` is required: one time in secon
              "The watchdog at time t without a sample: (commands, stale). Needs a profile.")
         .def("reset", &PyHand::reset,
              "Back to the start-up state: pinch latches open, references and held readings 0. Keeps the dropout policy.")
+        .def_property_readonly("memory", &PyHand::memory, R"doc(
+What the hand remembers between samples, to look at (a new dict each time):
+
+pinch_latches     4 bools: [0] the index pinch, [1] the middle pinch is latched; no hand
+                  latches [2] or [3]
+thumb_references  the 2 thumb references of the hands that keep them, else 0.0
+held_readings     per reading x0..x11, the last finite one seen (0.0 before the first): what
+                  dropout="hold" sends in place of a NaN
+dropout           "pass" or "hold"
+
+Hand.state holds the same, as bytes to restore from.
+)doc")
         .def_property_readonly("state", &PyHand::state,
-                               "The hand's memory and dropout policy as a small portable bytes string.")
+                               "The hand's memory and dropout policy as a small portable bytes string, for restore().")
         .def("restore", &PyHand::restore, py::arg("state"),
              "Carries on from a `state` of a Hand of the same hand. ValueError for a state of another hand or a "
              "damaged one (the hand is then unchanged).")

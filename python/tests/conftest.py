@@ -51,12 +51,6 @@ def pinch_walk(n, seed):
     return out
 
 
-def latches(state):
-    """The four pinch latches of a saved state (bytes 41..44 of the record), for tests that must
-    know a sequence really closes a pinch."""
-    return list(state[41:45])
-
-
 def memory_matters_at(name, readings):
     """The first sample k where the hand's memory matters: a fresh hand given readings[k:] maps
     them differently from one that has seen readings[:k] first. A session split there (say, in

@@ -8,7 +8,7 @@ import numpy as np
 import pytest
 
 import quil_linear
-from conftest import HANDS, STATEFUL, latches, pinch_walk, random_readings, same_bits
+from conftest import HANDS, STATEFUL, pinch_walk, random_readings, same_bits
 
 RUNNER = pathlib.Path(__file__).with_name("c_export.py")
 SEQUENCES = {"random": lambda: random_readings(2000, seed=11), "pinch": lambda: pinch_walk(3000, seed=12)}
@@ -43,6 +43,6 @@ def test_pinch_walk_sets_and_releases_latches(name):
     seen = []
     for sample in pinch_walk(3000, seed=12):
         hand.map(sample)
-        seen.append(latches(hand.state))
+        seen.append([int(on) for on in hand.memory["pinch_latches"]])
     steps = np.diff(np.array(seen), axis=0)
     assert (steps == 1).any() and (steps == -1).any()

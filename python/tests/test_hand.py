@@ -37,8 +37,33 @@ def test_memory_travels_with_state_copy_and_pickle(name):
     assert same_bits(hand.map(SESSION[split:]), whole[split:])  # the original goes on unaffected
     for twin in carried:
         assert same_bits(twin.map(SESSION[split:]), whole[split:])
+    for twin in carried:
+        assert twin.memory == hand.memory
     hand.reset()
+    assert hand.memory == quil_linear.Hand(name).memory
     assert same_bits(hand.map(SESSION), whole)
+
+
+def test_memory_shows_what_the_state_carries():
+    hand = quil_linear.Hand("RUIYAN_RY_H15", dropout="hold")
+    assert hand.memory == {"pinch_latches": (False,) * 4, "thumb_references": (0.0, 0.0),
+                           "held_readings": (0.0,) * 12, "dropout": "hold"}
+    latched = None
+    for sample in pinch_walk(3000, seed=12):
+        hand.map(sample)
+        if any(hand.memory["pinch_latches"]):
+            latched = hand.memory
+            break
+    assert latched is not None and not any(latched["pinch_latches"][2:])
+    resumed = quil_linear.Hand("RUIYAN_RY_H15")
+    resumed.restore(hand.state)
+    assert resumed.memory == latched and latched["held_readings"] == tuple(sample)
+
+
+def test_suggest_names_the_closest_hands():
+    assert quil_linear.suggest("RY_H15", 1) == ["RUIYAN_RY_H15"]
+    with pytest.warns(DeprecationWarning):
+        assert quil_linear.closest_hands("RY_H15", 1) == ["RUIYAN_RY_H15"]
 
 
 def test_pickled_hand_carries_on_in_another_process(tmp_path):
@@ -189,6 +214,7 @@ def test_dropout_policy():
     held[100:120, 3] = SESSION[99, 3]
     hand = quil_linear.Hand(STATEFUL[0], dropout="hold")
     assert same_bits(hand.map(dropped), quil_linear.Hand(STATEFUL[0]).map(held))
+    assert hand.memory["held_readings"][3] == SESSION[-1, 3] and hand.memory["dropout"] == "hold"
     hand.dropout = "pass"
     assert hand.dropout == "pass" and "dropout='pass'" in repr(hand)
     with pytest.raises(ValueError, match="hold"):

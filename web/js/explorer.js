@@ -117,7 +117,7 @@
     buildMemory();
     remapSession();
     if (S.mode === 'live') {
-      if (S.session) S.hand.loadState(stateAfterRow(S.cursor));
+      if (S.session) S.hand.restore(probeAfterRow(S.cursor).state());
       mapLive();
     } else {
       showCursor();
@@ -215,7 +215,7 @@
     S.mode = 'live';
     // The glove carries on from the moment under the cursor, with the hand's memory of it.
     if (S.session && S.session.data.rows) {
-      S.hand.loadState(stateAfterRow(S.cursor));
+      S.hand.restore(probeAfterRow(S.cursor).state());
       S.hand.setDropout(S.policy);
     }
     updateMode();
@@ -226,7 +226,7 @@
     const targets = S.hand.map(input);
     showReadings(S.readings);
     showTargets(targets);
-    showMemory(S.hand.state());
+    showMemory(S.hand.memory());
     drawPlot();
   }
 
@@ -343,16 +343,17 @@
     S.memory = parts;
   }
 
-  function showMemory(state) {
+  // A handle's memory (Hand.memory()) in the panel.
+  function showMemory(memory) {
     const m = S.memory;
     if (m.latches) {
-      state.latches.forEach((on, i) => m.latches[i].classList.toggle('on', on));
-      m.thumb1.textContent = shown(state.thumb1Ref);
-      m.thumb1.dataset.value = QuilSession.formatNumber(state.thumb1Ref);
-      m.thumb2.textContent = shown(state.thumb2Ref);
-      m.thumb2.dataset.value = QuilSession.formatNumber(state.thumb2Ref);
+      memory.pinchLatches.forEach((on, i) => m.latches[i].classList.toggle('on', on));
+      [m.thumb1, m.thumb2].forEach((cell, i) => {
+        cell.textContent = shown(memory.thumbReferences[i]);
+        cell.dataset.value = QuilSession.formatNumber(memory.thumbReferences[i]);
+      });
     }
-    state.held.forEach((v, i) => {
+    memory.heldReadings.forEach((v, i) => {
       m.held[i].v.textContent = shown(v, 1);
       m.held[i].v.dataset.value = QuilSession.formatNumber(v);
       m.held[i].cell.classList.toggle('dropped', S.dropped[i]);
@@ -411,7 +412,7 @@
     S.probe.reset();
     S.probe.setDropout(S.policy);
     for (let r = 0; r < n; r += CHECKPOINT_ROWS) {
-      checkpoints.push(S.probe.saveState());
+      checkpoints.push(S.probe.state());
       const end = Math.min(n, r + CHECKPOINT_ROWS);
       targets.set(S.probe.mapMany(input.subarray(12 * r, 12 * end)), 24 * r);
     }
@@ -419,14 +420,14 @@
     renderPlot();
   }
 
-  // The hand's memory once it has seen rows 0..row of the session.
-  function stateAfterRow(row) {
+  // The probe handle, brought to the memory of a hand that has seen rows 0..row of the session.
+  function probeAfterRow(row) {
     const ses = S.session;
     const c = Math.min(Math.floor((row + 1) / CHECKPOINT_ROWS), ses.checkpoints.length - 1);
     const from = c * CHECKPOINT_ROWS;
-    S.probe.loadState(ses.checkpoints[c]);
+    S.probe.restore(ses.checkpoints[c]);
     if (row + 1 > from) S.probe.mapMany(ses.input.subarray(12 * from, 12 * (row + 1)));
-    return S.probe.saveState();
+    return S.probe;
   }
 
   function showCursor() {
@@ -443,7 +444,7 @@
     S.readings = readings.slice();
     showReadings(readings);
     showTargets(ses.targets.subarray(24 * r, 24 * r + 24));
-    showMemory(S.api.decodeState(stateAfterRow(r)));
+    showMemory(probeAfterRow(r).memory());
     drawPlot();
   }
 

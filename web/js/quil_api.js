@@ -9,8 +9,8 @@
 //   hand.map([x0, ..., x11])       -> 24 targets (an Array of numbers)
 //   hand.mapMany(rows)             -> Float64Array of n*24 targets for n*12 readings, in order
 //   hand.setDropout('hold')        // or 'pass' (api.DROPOUT_PASS / api.DROPOUT_HOLD)
-//   hand.state()                   -> {dropout, latches, thumb1Ref, thumb2Ref, held}
-//   hand.saveState() / hand.loadState(bytes), hand.reset(), hand.close()
+//   hand.memory()                  -> {pinchLatches, thumbReferences, heldReadings, dropout}
+//   hand.state() -> bytes (Uint8Array), hand.restore(bytes), hand.reset(), hand.close()
 //   api.readSession(name, bytes, {timeUnit}) -> a recorded session, read by quil-retarget's own
 //                                  reader: {rows, readings, times (s), timeUnit, error, ...}
 //   api.parseNumber(text)          -> the number quil-retarget reads in `text`, or undefined
@@ -23,41 +23,24 @@
 
   const READINGS = 12;
   const TARGETS = 24;
-  const DROPOUT = { pass: 0, hold: 1 };
 
-  // quil_hand_info on wasm32: name, version, keeps_state, persistent_buffer, slot_roles[24].
+  // The public structs of quil_linear/hand.h as laid out on wasm32 (pointers and ints 4 bytes,
+  // doubles 8 and 8-aligned); web/struct_layout.cpp checks every offset against the compiler.
+  // quil_hand_info: name, version, keeps_state, persistent_buffer, slot_roles[24].
   const INFO_NAME = 0;
   const INFO_VERSION = 4;
   const INFO_KEEPS_STATE = 8;
   const INFO_PERSISTENT = 12;
   const INFO_ROLES = 16;
 
-  // quil_slot_info on wasm32 (pointers and ints 4 bytes, doubles 8 and 8-aligned).
+  // quil_slot_info.
   const SLOT = { role: 0, meaning: 4, kind: 8, follows: 12, relation: 20, departs: 24, value: 32, sign: 40,
     rangeMin: 48, rangeMax: 56, movedBy: 64, negativeZero: 68 };
   const KINDS = ['joint', 'follower', 'fixed', 'unused', 'terminator', 'gesture_code'];
-  // quil_reading_info on wasm32: name, finger, motion, unit, meaning, hands.
+  // quil_reading_info: name, finger, motion, unit, meaning, hands.
   const READING = { name: 0, finger: 4, motion: 8, unit: 12, meaning: 16, hands: 20 };
-
-  // The saved state record of api/hand.cpp (little-endian).
-  const STATE_DROPOUT = 40;
-  const STATE_LATCHES = 41;
-  const STATE_THUMB1 = 48;
-  const STATE_THUMB2 = 56;
-  const STATE_HELD = 64;
-
-  function decodeState(bytes) {
-    const view = new DataView(bytes.buffer, bytes.byteOffset, bytes.byteLength);
-    const held = [];
-    for (let i = 0; i < READINGS; i++) held.push(view.getFloat64(STATE_HELD + 8 * i, true));
-    return {
-      dropout: bytes[STATE_DROPOUT] === DROPOUT.hold ? 'hold' : 'pass',
-      latches: [0, 1, 2, 3].map((i) => bytes[STATE_LATCHES + i] === 1),
-      thumb1Ref: view.getFloat64(STATE_THUMB1, true),
-      thumb2Ref: view.getFloat64(STATE_THUMB2, true),
-      held,
-    };
-  }
+  // quil_hand_memory: pinch_latches[4], thumb_references[2], held_readings[12], dropout.
+  const MEMORY = { pinchLatches: 0, thumbReferences: 16, heldReadings: 32, dropout: 128, size: 136 };
 
   function makeApi(M) {
     const str = (ptr) => (ptr ? M.UTF8ToString(ptr) : null);
@@ -123,6 +106,7 @@
     });
 
     const stateSize = M._quil_hand_state_size();
+    const dropoutName = (policy) => str(M._quil_dropout_name(policy));
 
     // Writes a JS string into the wasm heap for the length of `use`.
     function withCString(s, use) {
@@ -149,10 +133,12 @@
       }
     }
 
+    // A policy's code from its name (any case) or its code; the names are the library's.
     function policyCode(policy) {
-      if (policy === DROPOUT.pass || policy === DROPOUT.hold) return policy;
-      const code = DROPOUT[String(policy).toLowerCase()];
-      if (code === undefined) throw new RangeError(`unknown dropout policy ${policy}: 'pass' or 'hold'`);
+      const code = typeof policy === 'number' ? policy
+        : withCString(String(policy).toLowerCase(), (p) => M._quil_dropout_from_name(p));
+      if (dropoutName(code) === null)
+        throw new RangeError(`unknown dropout policy ${policy}: '${dropoutName(0)}' or '${dropoutName(1)}'`);
       return code;
     }
 
@@ -166,8 +152,9 @@
         this.info = copyInfo(info);
         this.name = info.name;
         this._handle = handle;
-        // One scratch area per handle: 12 readings, then 24 targets, then a saved state.
-        this._scratch = M._malloc(8 * (READINGS + TARGETS) + stateSize);
+        // One scratch area per handle: 12 readings, then 24 targets, then a saved state or its
+        // memory.
+        this._scratch = M._malloc(8 * (READINGS + TARGETS) + Math.max(stateSize, MEMORY.size));
         if (reaper) reaper.register(this, { handle, scratch: this._scratch }, this);
       }
 
@@ -220,17 +207,32 @@
       }
 
       get dropout() {
-        return M._quil_hand_dropout(this._live()) === DROPOUT.hold ? 'hold' : 'pass';
+        return dropoutName(M._quil_hand_dropout(this._live()));
       }
 
-      // The handle's memory as a portable saved state (Uint8Array).
-      saveState() {
+      // What the handle remembers between samples (quil_hand_memory), to show it: the pinch
+      // latches (index pinch, middle pinch, two no hand uses), the two thumb references, the last
+      // finite reading of each channel and the dropout policy.
+      memory() {
+        const at = this._scratch + 8 * (READINGS + TARGETS);
+        M._quil_hand_memory_of(this._live(), at);
+        const f64s = (offset, n) => Array.from(M.HEAPF64.subarray((at + offset) >>> 3, ((at + offset) >>> 3) + n));
+        return {
+          pinchLatches: [0, 1, 2, 3].map((i) => i32(at + MEMORY.pinchLatches + 4 * i) !== 0),
+          thumbReferences: f64s(MEMORY.thumbReferences, 2),
+          heldReadings: f64s(MEMORY.heldReadings, READINGS),
+          dropout: dropoutName(i32(at + MEMORY.dropout)),
+        };
+      }
+
+      // The handle's memory as a portable saved state (Uint8Array), for restore().
+      state() {
         const at = this._scratch + 8 * (READINGS + TARGETS);
         const n = M._quil_hand_save_state(this._live(), at, stateSize);
         return M.HEAPU8.slice(at, at + n);
       }
 
-      loadState(bytes) {
+      restore(bytes) {
         const h = this._live();
         const data = bytes instanceof Uint8Array ? bytes : new Uint8Array(bytes);
         const at = M._malloc(Math.max(1, data.length));
@@ -243,9 +245,13 @@
         }
       }
 
-      // The handle's memory, decoded: pinch latches, thumb references, held readings, policy.
-      state() {
-        return decodeState(this.saveState());
+      // The older names of state() and restore(), for pages written against them.
+      saveState() {
+        return this.state();
+      }
+
+      loadState(bytes) {
+        this.restore(bytes);
       }
 
       close() {
@@ -322,7 +328,7 @@
 
     // A wiring profile object (as its JSON file holds it): its shape checked here, its values
     // by the library's quil_profile_check, written into the module's memory at the offsets
-    // web/profile_layout.cpp checks. null when good, else {field, problem}.
+    // web/struct_layout.cpp checks. null when good, else {field, problem}.
     const OUTPUT_FIELDS = ['name', 'slot', 'scale', 'offset', 'min', 'max', 'safe', 'smoothing', 'reject_above', 'max_rate'];
     const REQUIRED = ['name', 'slot', 'scale', 'offset', 'min', 'max'];
     const SMOOTHING = { none: [0, []], ema: [1, ['alpha']], one_euro: [2, ['min_cutoff', 'beta', 'd_cutoff']] };
@@ -421,8 +427,9 @@
       slotOf,
       READINGS,
       TARGETS,
-      DROPOUT_PASS: 'pass',
-      DROPOUT_HOLD: 'hold',
+      versionNumber: M._quil_linear_version_number(),
+      DROPOUT_PASS: dropoutName(0),
+      DROPOUT_HOLD: dropoutName(1),
       hands: () => catalogue.map(copyInfo),
       readings: () => readingInfos.map((r) => Object.assign({}, r)),
       hand: (name) => {
@@ -438,7 +445,6 @@
         }
         return new Hand(infoAt(M._quil_hand_about(handle)), handle);
       },
-      decodeState: (bytes) => decodeState(bytes instanceof Uint8Array ? bytes : new Uint8Array(bytes)),
       stateHand(bytes) {
         const data = bytes instanceof Uint8Array ? bytes : new Uint8Array(bytes);
         const at = M._malloc(Math.max(1, data.length));

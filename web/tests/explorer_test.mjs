@@ -244,7 +244,7 @@ try {
         res[`${name}.${policy}`] = {
           single: window.__b64.fromF64(single),
           many: window.__b64.fromF64(batch),
-          state: window.__b64.fromBytes(one.saveState()),
+          state: window.__b64.fromBytes(one.state()),
         };
         one.close();
         many.close();
@@ -297,14 +297,15 @@ try {
         first.setDropout('hold');
         const a = first.mapMany(input.subarray(0, 12 * half));
         const second = api.open(name);
-        second.loadState(first.saveState());
+        second.restore(first.state());
+        const memory = [first.memory(), second.memory()].map((m) => JSON.stringify(m));
         const b = second.mapMany(input.subarray(12 * half));
         second.reset();
         const again = second.mapMany(input.subarray(0, 12 * half));
         const joined = new Float64Array(24 * n);
         joined.set(a);
         joined.set(b, 24 * half);
-        out[name] = { joined: window.__b64.fromF64(joined), again: window.__b64.fromF64(again), policy: second.dropout };
+        out[name] = { joined: window.__b64.fromF64(joined), again: window.__b64.fromF64(again), policy: second.dropout, memory };
         first.close();
         second.close();
       }
@@ -319,6 +320,8 @@ try {
       if (d1) faults.push(d1);
       if (d2) faults.push(d2);
       if (res[h.name].policy !== 'hold') faults.push(`${h.name}: reset dropped the dropout policy`);
+      const [before, after] = res[h.name].memory;
+      if (before !== after || JSON.parse(after).dropout !== 'hold') faults.push(`${h.name}: memory ${before} restored as ${after}`);
     }
     assert(faults.length === 0, faults.join('\n'));
   });
@@ -334,7 +337,7 @@ try {
           const [a, b] = api.hands();
           const ha = api.open(a.name);
           const hb = api.open(b.name);
-          try { hb.loadState(ha.saveState()); } finally { ha.close(); hb.close(); }
+          try { hb.restore(ha.state()); } finally { ha.close(); hb.close(); }
         },
         closed: () => { const h = api.open(api.hands()[0].name); h.close(); h.map(new Array(12).fill(0)); },
       };
@@ -343,6 +346,7 @@ try {
         try { f(); out[k] = 'no error'; } catch (e) { out[k] = e.message; }
       }
       out.caseInsensitive = api.open(api.hands()[3].name.toLowerCase()).name === api.hands()[3].name;
+      out.names = [api.DROPOUT_PASS, api.DROPOUT_HOLD, api.version, api.versionNumber];
       return out;
     });
     for (const k of ['unknownHand', 'shortRow', 'badPolicy', 'otherHandsState', 'closed']) {
@@ -351,6 +355,9 @@ try {
     assert(/closest/.test(res.unknownHand), `unknown hand message: ${res.unknownHand}`);
     assert(/another hand/.test(res.otherHandsState), `state of another hand: ${res.otherHandsState}`);
     assert(res.caseInsensitive, 'a hand name in lower case does not open the hand');
+    const [pass, hold, version, number] = res.names;
+    assert(pass === 'pass' && hold === 'hold', `dropout names ${pass}, ${hold}`);
+    assert(version.split('.').reduce((n, part) => 100 * n + Number(part), 0) === number, `version ${version} numbered ${number}`);
   });
 
   // A stateless hand, so what the bars show can be recomputed from the sliders alone.
@@ -418,12 +425,12 @@ try {
           const hand = api.open(name);
           const ses = api.readSession('sample_session.csv', new TextEncoder().encode(window.QUIL_SAMPLE_SESSION));
           const t = hand.mapMany(ses.readings.subarray(0, 12 * (row + 1)));
-          const state = hand.state();
+          const memory = hand.memory();
           hand.close();
           const f = window.QuilSession.formatNumber;
           return {
-            latches: state.latches,
-            values: [state.thumb1Ref, state.thumb2Ref, ...state.held].map(f),
+            latches: memory.pinchLatches,
+            values: [...memory.thumbReferences, ...memory.heldReadings].map(f),
             targets: Array.from(t.subarray(24 * row)).map(f),
           };
         }, { name: h.name, row });
@@ -671,7 +678,7 @@ try {
     for (const name of names) {
       const h = api.open(name);
       h.mapMany(ses.readings.subarray(0, 12 * (row + 1)));
-      const latched = h.state().latches.some(Boolean);
+      const latched = h.memory().pinchLatches.some(Boolean);
       h.close();
       if (latched) return { name, row };
     }

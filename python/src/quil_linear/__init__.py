@@ -19,13 +19,14 @@ A wiring profile turns the targets into the hand driver's own commands, through 
     commands = hand.map(readings, times=times)   # (N, len(hand.output_names)) float64
 """
 import os
+import warnings
 from typing import List, NamedTuple, Optional, Tuple
 
 from . import _core
 from ._core import Hand
 from .profile import Profile
 
-__all__ = ["Hand", "HandInfo", "Profile", "Slot", "Reading", "hands", "readings", "closest_hands", "read_session",
+__all__ = ["Hand", "HandInfo", "Profile", "Slot", "Reading", "hands", "readings", "suggest", "read_session",
            "Session", "SessionError", "__version__"]
 
 #: The library's version, "MAJOR.MINOR.PATCH" (quil_linear_version() of the C API).
@@ -86,9 +87,15 @@ def hands() -> List[HandInfo]:
     return [HandInfo(*entry) for entry in _core.catalogue()]
 
 
-def closest_hands(name: str, count: int = 3) -> List[str]:
+def suggest(name: str, count: int = 3) -> List[str]:
     """The names of the `count` hands closest to `name`, best first (for "did you mean")."""
-    return _core.closest(name, count)
+    return _core.suggest(name, count)
+
+
+def closest_hands(name: str, count: int = 3) -> List[str]:
+    """Deprecated name of suggest()."""
+    warnings.warn("quil_linear.closest_hands is now quil_linear.suggest", DeprecationWarning, stacklevel=2)
+    return suggest(name, count)
 
 
 class Session:
