@@ -449,6 +449,7 @@ PYBIND11_MODULE(_core, m) {
     }, py::arg("name"), py::arg("count") = 3, "The names of the hands closest to `name`, best first.");
 
     m.attr("STATE_CAPACITY") = QUIL_HAND_STATE_CAPACITY;
+    m.attr("DROPOUTS") = py::make_tuple(quil_dropout_name(QUIL_DROPOUT_PASS), quil_dropout_name(QUIL_DROPOUT_HOLD));
     bind_session(m);
 
     m.def("profile_fault", &profile_fault, py::arg("wiring"),

@@ -212,6 +212,7 @@ def test_dropout_policy():
     dropped[100:120, 3] = np.nan
     held = dropped.copy()
     held[100:120, 3] = SESSION[99, 3]
+    assert quil_linear.DROPOUTS == ("pass", "hold")
     hand = quil_linear.Hand(STATEFUL[0], dropout="hold")
     assert same_bits(hand.map(dropped), quil_linear.Hand(STATEFUL[0]).map(held))
     assert hand.memory["held_readings"][3] == SESSION[-1, 3] and hand.memory["dropout"] == "hold"

@@ -59,13 +59,9 @@ int main(int argc, char** argv) {
         table += std::string(info->name) + "\t" + info->version + "\t" + (info->keeps_state ? "1" : "0");
         for (const char* role : info->slot_roles) table += std::string("\t") + role;
         table += "\n";
-        const struct {
-            int policy;
-            const char* tag;
-        } policies[] = {{QUIL_DROPOUT_PASS, "pass"}, {QUIL_DROPOUT_HOLD, "hold"}};
-        for (const auto& p : policies) {
+        for (const int policy : {QUIL_DROPOUT_PASS, QUIL_DROPOUT_HOLD}) {
             quil_hand* hand = quil_hand_open(info->name);
-            if (!hand || quil_hand_set_dropout(hand, p.policy) != QUIL_OK) {
+            if (!hand || quil_hand_set_dropout(hand, policy) != QUIL_OK) {
                 std::fprintf(stderr, "cannot open %s\n", info->name);
                 return 1;
             }
@@ -74,7 +70,7 @@ int main(int argc, char** argv) {
             unsigned char state[QUIL_HAND_STATE_CAPACITY];
             const std::size_t state_size = quil_hand_save_state(hand, state, sizeof state);
             quil_hand_close(hand);
-            const std::string base = dir + "/" + info->name + "." + p.tag;
+            const std::string base = dir + "/" + info->name + "." + quil_dropout_name(policy);
             if (!write_file(base + ".f64", targets.data(), targets.size() * sizeof(double)) ||
                 !write_file(base + ".state", state, state_size)) {
                 std::perror(base.c_str());

@@ -26,11 +26,14 @@ from . import _core
 from ._core import Hand
 from .profile import Profile
 
-__all__ = ["Hand", "HandInfo", "Profile", "Slot", "Reading", "hands", "readings", "suggest", "read_session",
+__all__ = ["Hand", "HandInfo", "Profile", "Slot", "Reading", "hands", "readings", "suggest", "read_session", "DROPOUTS",
            "Session", "SessionError", "__version__"]
 
 #: The library's version, "MAJOR.MINOR.PATCH" (quil_linear_version() of the C API).
 __version__ = _core.version()
+
+#: The dropout policies a Hand takes, by name: ("pass", "hold") (quil_dropout_name of the C API).
+DROPOUTS = _core.DROPOUTS
 
 
 class HandInfo(NamedTuple):

@@ -36,7 +36,7 @@ def build_parser():
     which.add_argument("--all-hands", action="store_true", help="every hand of the library")
     ap.add_argument("--profile", action="append", default=[], metavar="HAND=FILE",
                     help="a wiring profile for a hand: its actions are then the driver's commands")
-    ap.add_argument("--dropout", choices=("pass", "hold"), default="pass",
+    ap.add_argument("--dropout", choices=quil_linear.DROPOUTS, default=quil_linear.DROPOUTS[0],
                     help="a NaN or infinite reading goes to the hand as it is (pass), or the channel keeps its "
                          "last finite reading (hold)")
     ap.add_argument("--action", choices=ACTIONS, default="same",

@@ -116,8 +116,8 @@ def build(layout, hands, sessions, out_dir, profiles=None, dropout="pass", actio
         raise DatasetError("the action convention must be same or next; got %r" % action, status=2)
     if dtype not in DTYPES:
         raise DatasetError("the dtype must be float64 or float32; got %r" % dtype, status=2)
-    if dropout not in ("pass", "hold"):
-        raise DatasetError("the dropout policy must be pass or hold; got %r" % dropout, status=2)
+    if dropout not in quil_linear.DROPOUTS:
+        raise DatasetError("the dropout policy must be %s; got %r" % (" or ".join(quil_linear.DROPOUTS), dropout), status=2)
     if fps is not None:
         fps = float(fps)
         if not (fps > 0 and np.isfinite(fps)):
