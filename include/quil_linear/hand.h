@@ -26,11 +26,11 @@
  * long as it stays loaded; never free them.
  *
  * Threads. The catalogue functions, quil_error_text, quil_dropout_name, quil_dropout_from_name
- * and the version functions may be called from
- * any thread at any time. A handle belongs to one thread at a time: calls on the same handle
- * must not overlap, calls on different handles may run on different threads at once. Handles
- * share nothing with each other or with the C exports: a handle never reads or writes the hand
- * classes' statics (pinch latches, thumb references), and the exports never touch a handle.
+ * and the version functions may be called from any thread at any time. A handle belongs to one
+ * thread at a time: calls on the same handle must not overlap, calls on different handles may
+ * run on different threads at once. Handles share nothing with each other or with the C
+ * exports: a handle never reads or writes the hand classes' statics (pinch latches, thumb
+ * references), and the exports never touch a handle.
  *
  * Errors. Functions that can fail return 0 (QUIL_OK) or a negative QUIL_E_... code, described
  * by quil_error_text; functions returning pointers return NULL. A NULL handle is accepted
@@ -239,16 +239,16 @@ QUIL_API int quil_dropout_from_name(const char* name);
 
 /* ---- A handle's memory -------------------------------------------------------------------- */
 
-/* What a handle remembers between samples, as quil_hand_memory_of copies it out: the same things
- * its saved state holds, for showing them (a saved state's bytes are for loading back only; their
- * layout is the library's own). Hands that keep no state leave the latches and references as a
- * fresh handle has them. */
+/* What a handle remembers between samples, as quil_hand_memory_of copies it out to show it: what
+ * its saved state holds besides a wiring profile's stage. A saved state's bytes are for loading
+ * back only; their layout is the library's own. Hands that keep no state leave the latches and
+ * references as a fresh handle has them. */
 typedef struct quil_hand_memory {
     int pinch_latches[4];        /* 1 while a pinch is latched, else 0: [0] the index pinch (thumb
                                     to index), [1] the middle pinch (thumb to middle); no hand of
                                     the catalogue latches [2] or [3], which stay 0 */
-    double thumb_references[2];  /* the thumb references of the hands that keep them (the thumb's
-                                    target when a pinch latched), else 0.0 */
+    double thumb_references[2];  /* the thumb targets the hands that keep them remember from
+                                    earlier samples; 0.0 on other hands and on a fresh handle */
     double held_readings[QUIL_READINGS]; /* per channel x0..x11, the last finite reading seen, 0.0
                                     before the first: what QUIL_DROPOUT_HOLD sends in its place */
     quil_dropout dropout;        /* the handle's dropout policy */
