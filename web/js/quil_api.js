@@ -177,10 +177,10 @@
 
       // n samples in order: a flat array-like of n*12 readings (a Float64Array keeps NaN bits)
       // or an array of rows; returns a Float64Array of n*24 targets.
-      mapMany(samples) {
+      mapMany(readings) {
         const h = this._live();
-        let flat = samples;
-        if (samples.length && typeof samples[0] === 'object') flat = [].concat(...samples.map((r) => Array.from(r)));
+        let flat = readings;
+        if (readings.length && typeof readings[0] === 'object') flat = [].concat(...readings.map((r) => Array.from(r)));
         if (flat.length % READINGS !== 0) throw new TypeError(`mapMany takes rows of ${READINGS} readings`);
         const n = flat.length / READINGS;
         if (n === 0) return new Float64Array(0);
