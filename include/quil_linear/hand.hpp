@@ -10,6 +10,7 @@
 #ifndef QUIL_LINEAR_HAND_HPP
 #define QUIL_LINEAR_HAND_HPP
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -80,6 +81,16 @@ inline std::vector<HandInfo> hands() {
     std::vector<HandInfo> all;
     for (std::size_t i = 0; i < quil_hand_count(); ++i) all.emplace_back(*quil_hand_at(i));
     return all;
+}
+
+// The names of the `count` hands closest to `name`, best first, for "did you mean"
+// (quil_hand_suggest).
+inline std::vector<std::string_view> suggest(std::string_view name, std::size_t count = 3) {
+    std::vector<const quil_hand_info*> best(std::min(count, quil_hand_count()));
+    best.resize(quil_hand_suggest(std::string(name).c_str(), best.data(), best.size()));
+    std::vector<std::string_view> names;
+    for (const quil_hand_info* info : best) names.emplace_back(info->name);
+    return names;
 }
 
 // The loaded library's version, "MAJOR.MINOR.PATCH", and as MAJOR * 10000 + MINOR * 100 + PATCH.
@@ -251,10 +262,9 @@ class Hand {
 
   private:
     static std::string unknown_name_message(const std::string& name) {
-        const quil_hand_info* close[3];
-        const std::size_t n = quil_hand_suggest(name.c_str(), close, 3);
         std::string what = "unknown hand \"" + name + "\"; closest: ";
-        for (std::size_t i = 0; i < n; ++i) what += (i ? ", " : "") + std::string(close[i]->name);
+        const std::vector<std::string_view> close = suggest(name);
+        for (std::size_t i = 0; i < close.size(); ++i) what += (i ? ", " : "") + std::string(close[i]);
         return what;
     }
 

@@ -441,10 +441,8 @@ PYBIND11_MODULE(_core, m) {
     }, "The twelve readings as tuples in the order of quil_linear.Reading.");
 
     m.def("suggest", [](const std::string& name, std::size_t count) {
-        std::array<const quil_hand_info*, 32> best{};
-        const std::size_t n = quil_hand_suggest(name.c_str(), best.data(), std::min(count, best.size()));
         py::list names;
-        for (std::size_t i = 0; i < n; ++i) names.append(best[i]->name);
+        for (std::string_view n : quil_linear::suggest(name, count)) names.append(py::str(n.data(), n.size()));
         return names;
     }, py::arg("name"), py::arg("count") = 3, "The names of the hands closest to `name`, best first.");
 

@@ -31,6 +31,7 @@ TEST(HandHpp, UnknownNameThrowsNamingTheClosestHands) {
         EXPECT_NE(std::string(e.what()).find("ROBOTERA_XHAND1"), std::string::npos) << e.what();
     }
     EXPECT_NO_THROW(Hand("ruiyan_ry_h15"));
+    EXPECT_EQ(quil_linear::suggest("xhand", 1), std::vector<std::string_view>{"ROBOTERA_XHAND1"});
 }
 
 TEST(HandHpp, BatchesOverRangesEqualOneSampleAtATime) {
