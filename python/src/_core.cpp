@@ -10,7 +10,6 @@
 #include <pybind11/pybind11.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstring>
 #include <memory>
