@@ -4,10 +4,8 @@
 
 #include <array>
 #include <cmath>
-#include <cstdint>
 #include <cstring>
 #include <new>
-#include <string_view>
 
 #include "api/hand_internal.h"
 #include "api/state_codec.h"
