@@ -148,6 +148,20 @@ bool is_stdout(const std::string& path) { return path.empty() || path == "-"; }
 
 void say(std::FILE* err, const std::string& message) { std::fprintf(err, "quil-retarget: %s\n", message.c_str()); }
 
+// Tells where the rows a lenient read skipped were, and the first one's fault; true if any were.
+bool report_skipped(const SkippedRows& skipped, const std::string& input, bool places_are_lines, std::FILE* err) {
+    if (skipped.places.empty()) return false;
+    std::string where;
+    for (std::size_t i = 0; i < skipped.places.size() && i < 10; ++i)
+        where += (i ? ", " : "") + std::to_string(skipped.places[i]);
+    if (skipped.places.size() > 10) where += ", ...";
+    say(err, "skipped " + std::to_string(skipped.places.size()) + (skipped.places.size() == 1 ? " bad row" : " bad rows") +
+                 " of " + input + ", at " + (places_are_lines ? "line" : "byte offset") +
+                 (skipped.places.size() > 1 && places_are_lines ? "s " : " ") + where);
+    say(err, "the first was: " + skipped.messages.front());
+    return true;
+}
+
 }  // namespace
 
 PlotKind plot_kind_of(const std::string& path) {
@@ -424,18 +438,7 @@ int run_map(const MapOptions& o, std::FILE* err) {
             exit = kExitIo;
         }
     }
-    const SkippedRows& skipped = source->skipped();
-    if (!skipped.places.empty()) {
-        std::string where;
-        for (std::size_t i = 0; i < skipped.places.size() && i < 10; ++i)
-            where += (i ? ", " : "") + std::to_string(skipped.places[i]);
-        if (skipped.places.size() > 10) where += ", ...";
-        say(err, "skipped " + std::to_string(skipped.places.size()) + (skipped.places.size() == 1 ? " bad row" : " bad rows") +
-                     " of " + in.name() + ", at " + (info.places_are_lines ? "line" : "byte offset") +
-                     (skipped.places.size() > 1 && info.places_are_lines ? "s " : " ") + where);
-        say(err, "the first was: " + skipped.messages.front());
-        if (exit == kExitOk) exit = kExitSkipped;
-    }
+    if (report_skipped(source->skipped(), in.name(), info.places_are_lines, err) && exit == kExitOk) exit = kExitSkipped;
     if (!o.state_out.empty() && (exit == kExitOk || exit == kExitSkipped)) {
         if (!state_out.commit(hand.state(), error)) say(err, error), exit = kExitIo;
     }
