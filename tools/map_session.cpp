@@ -185,6 +185,30 @@ std::string find_on_path(const std::string& program) {
     }
 }
 
+// Draws the session into the SVG file opened before the run or, through the converter, a PNG;
+// false, having said why, if it could not be written.
+bool write_plot(const SessionPlot& plot, const MapOptions& o, const quil_hand_info& hand_info, const std::string& source,
+                const SourceInfo& info, const std::optional<TimeUnitChoice>& time_unit, OutputFile& svg_file,
+                std::FILE* err) {
+    SessionPlot::Labels labels;
+    labels.title = std::string(hand_info.name) + " " + hand_info.version;
+    labels.source = source;
+    labels.time_name = info.has_time ? info.time_name : "";
+    // The axis names the unit, unless the column's own name already does (time_ms).
+    if (time_unit && time_unit->from != TimeUnitChoice::From::name) labels.time_unit = time_unit_name(time_unit->unit);
+    labels.input_names = info.input_names;
+    for (int i = 0; i < 24; ++i) labels.roles[i] = hand_info.slot_roles[i];
+    const std::string svg = plot.svg(labels);
+    std::string error;
+    if (plot_kind_of(o.plot) == PlotKind::svg) {
+        svg_file.append(svg);
+        if (!svg_file.flush()) return say(err, svg_file.error()), false;
+    } else if (!render_png(o.rsvg_convert, svg, o.plot, error)) {
+        return say(err, error), false;
+    }
+    return true;
+}
+
 int run_map(const MapOptions& o, std::FILE* err) {
     const quil_hand_info& hand_info = *o.hand;
     // Every file a run writes is its own: one written over another would leave, say, the
@@ -420,24 +444,7 @@ int run_map(const MapOptions& o, std::FILE* err) {
         say(err, sink_error);
         exit = kExitIo;
     }
-    if (plot) {
-        SessionPlot::Labels labels;
-        labels.title = std::string(hand_info.name) + " " + hand_info.version;
-        labels.source = in.name();
-        labels.time_name = info.has_time ? info.time_name : "";
-        // The axis names the unit, unless the column's own name already does (time_ms).
-        if (time_unit && time_unit->from != TimeUnitChoice::From::name) labels.time_unit = time_unit_name(time_unit->unit);
-        labels.input_names = info.input_names;
-        for (int i = 0; i < 24; ++i) labels.roles[i] = hand_info.slot_roles[i];
-        const std::string svg = plot->svg(labels);
-        if (plot_kind_of(o.plot) == PlotKind::svg) {
-            svg_file.append(svg);
-            if (!svg_file.flush()) say(err, svg_file.error()), exit = kExitIo;
-        } else if (!render_png(o.rsvg_convert, svg, o.plot, error)) {
-            say(err, error);
-            exit = kExitIo;
-        }
-    }
+    if (plot && !write_plot(*plot, o, hand_info, in.name(), info, time_unit, svg_file, err)) exit = kExitIo;
     if (report_skipped(source->skipped(), in.name(), info.places_are_lines, err) && exit == kExitOk) exit = kExitSkipped;
     if (!o.state_out.empty() && (exit == kExitOk || exit == kExitSkipped)) {
         if (!state_out.commit(hand.state(), error)) say(err, error), exit = kExitIo;
