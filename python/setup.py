@@ -1,16 +1,17 @@
-"""Builds quil_linear._core: the hand API's pybind11 binding with the whole library compiled in,
+"""Builds quil_linear._core, the hand API's pybind11 binding with the whole library compiled in,
 so the package needs no installed libquil_linear.
 
-The library's sources are taken from the repository this directory sits in (core/, models/,
-api/, include/), compiled with the library's own rules for exact results: -O2 with no
-floating-point contraction and no fast-math.
+The extension is built by CMake (python/CMakeLists.txt), from the same description of the
+library's sources and exactness rules (cmake/quil_linear_library.cmake) as the native and
+WebAssembly builds, taken from the repository this directory sits in.
 """
 import os
 import re
-from glob import glob
+import subprocess
+import sys
 
-from pybind11.setup_helpers import ParallelCompile, Pybind11Extension, build_ext
-from setuptools import setup
+from setuptools import Extension, setup
+from setuptools.command.build_ext import build_ext
 
 here = os.path.dirname(os.path.abspath(__file__))
 root = os.path.dirname(here)
@@ -27,43 +28,28 @@ def library_version():
         return re.search(r'#define QUIL_LINEAR_VERSION_STRING "([^"]+)"', f.read()).group(1)
 
 
-def in_root(*patterns):
-    # setuptools takes paths relative to this directory only.
-    found = (p for pattern in patterns for p in glob(os.path.join(root, pattern)))
-    return sorted(os.path.relpath(p, here) for p in found)
+class CMakeBuild(build_ext):
+    """Configures python/CMakeLists.txt for this interpreter and builds the extension into
+    the place setuptools packs it from (QUIL_BUILD_JOBS=N caps the parallel compiles)."""
 
+    def build_extension(self, ext):
+        output = os.path.dirname(os.path.abspath(self.get_ext_fullpath(ext.name)))
+        work = os.path.abspath(os.path.join(self.build_temp, "cmake"))
+        os.makedirs(work, exist_ok=True)
+        import pybind11
 
-version = library_version()
+        configure = ["cmake", "-S", here, "-B", work, "-DPython3_EXECUTABLE=" + sys.executable,
+                     "-Dpybind11_DIR=" + pybind11.get_cmake_dir(),
+                     "-DQUIL_PYTHON_OUTPUT_DIR=" + output]
+        subprocess.check_call(configure)
+        jobs = os.environ.get("QUIL_BUILD_JOBS") or str(os.cpu_count() or 1)
+        subprocess.check_call(["cmake", "--build", work, "-j", jobs])
 
-# The library as its own build compiles it (CMake's quil_linear_objects).
-library_sources = in_root("core/*.cpp", "models/*.cpp", "api/exports.cpp", "api/hand.cpp", "api/state_codec.cpp", "api/profile.cpp",
-                          "api/slot_facts.cpp")
-# quil-retarget's session readers, so read_session accepts exactly the files the tool accepts.
-reader_sources = in_root("tools/npy.cpp", "tools/retarget_io.cpp", "tools/session_source.cpp", "tools/session_file.cpp")
-# Headers and the symbol map: a change to any of them rebuilds the extension.
-depends = in_root("core/*.h", "models/*.h", "models/*.inc", "api/*.h", "include/quil_linear/*.h",
-                  "include/quil_linear/*.hpp", "tools/npy.h", "tools/retarget_io.h", "tools/session_source.h",
-                  "tools/session_file.h")
-version_script = os.path.join("src", "extension.map")
-
-extension = Pybind11Extension(
-    "quil_linear._core",
-    sources=[os.path.join("src", "_core.cpp"), os.path.join("src", "_session.cpp")] + library_sources + reader_sources,
-    depends=depends + [version_script],
-    include_dirs=[root, os.path.join(root, "include"), os.path.join(root, "tools")],
-    cxx_std=17,
-    # Last on the command line, so they win over anything the environment's CFLAGS ask for.
-    extra_compile_args=["-O2", "-fno-fast-math", "-ffp-contract=off"],
-    extra_link_args=["-Wl,--version-script=" + os.path.join(here, version_script)],
-)
-
-# The library is some thirty small sources: compile them on every core (QUIL_BUILD_JOBS=N to cap).
-ParallelCompile("QUIL_BUILD_JOBS").install()
 
 setup(
-    version=version,
+    version=library_version(),
     package_dir={"": "src"},
     packages=["quil_linear", "quil_linear.dataset"],
-    ext_modules=[extension],
-    cmdclass={"build_ext": build_ext},
+    ext_modules=[Extension("quil_linear._core", sources=[])],
+    cmdclass={"build_ext": CMakeBuild},
 )

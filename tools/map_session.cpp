@@ -23,6 +23,7 @@
 #include "profile_json.h"
 #include "retarget_io.h"
 #include "run_record.h"
+#include "session_sink.h"
 #include "svg_plot.h"
 
 extern char** environ;
@@ -38,185 +39,6 @@ std::string lower_extension(const std::string& path) {
     std::string e = path.substr(dot);
     for (char& c : e) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     return e;
-}
-
-// Writes a CSV field, in quotes when a reader would otherwise split or trim it.
-void append_csv_field(std::string& out, std::string_view s) {
-    const bool quote = s.find_first_of(",\"\r\n") != std::string_view::npos ||
-                       (!s.empty() && (s.front() == ' ' || s.front() == '\t' || s.back() == ' ' || s.back() == '\t'));
-    if (!quote) {
-        out.append(s.data(), s.size());
-        return;
-    }
-    out += '"';
-    for (char c : s) {
-        if (c == '"') out += '"';
-        out += c;
-    }
-    out += '"';
-}
-
-// ---------------------------------------------------------------------------------------------
-// Writers of the targets
-
-class Sink {
-  public:
-    virtual ~Sink() = default;
-    // Before the first row, or at the end of an input without rows.
-    virtual void begin(const SourceInfo& info) = 0;
-    virtual void write(const Block& b, const double* targets) = 0;
-    // Where the targets of `rows` rows can be mapped straight into the output, or null; such
-    // rows are then taken with wrote_direct(rows) instead of write().
-    virtual double* direct(std::size_t) { return nullptr; }
-    virtual void wrote_direct(std::size_t) {}
-    // After the last row; "" or what went wrong.
-    virtual std::string finish(std::uint64_t) { return ""; }
-    bool time_written = false;
-    std::size_t width = 24;  // values per row: the 24 targets, or a profile's commands
-};
-
-class CsvSink : public Sink {
-  public:
-    CsvSink(OutputFile& out, std::vector<std::string> names) : out_(out), names_(std::move(names)) {}
-    void begin(const SourceInfo& info) override {
-        info_ = info;
-        time_written = info.has_time;
-        std::string h;
-        if (info.has_time) {
-            append_csv_field(h, info.time_name);
-            h += ',';
-        }
-        for (std::size_t i = 0; i < names_.size(); ++i) {
-            append_csv_field(h, names_[i]);
-            h += i + 1 < names_.size() ? ',' : '\n';
-        }
-        out_.append(h);
-    }
-    void write(const Block& b, const double* targets) override {
-        for (std::size_t r = 0; r < b.rows; ++r) {
-            std::string_view time;
-            if (info_.has_time && info_.time_as_text) {
-                time = b.time_of(r);
-                if (std::memchr(time.data(), ',', time.size()) || std::memchr(time.data(), '"', time.size()) ||
-                    time.front() == ' ' || time.back() == ' ') {
-                    quoted_.clear();
-                    append_csv_field(quoted_, time);
-                    time = quoted_;
-                }
-            }
-            char* p = out_.reserve(time.size() + (width + 1) * (kMaxNumberText + 1) + 1);
-            if (info_.has_time) {
-                if (info_.time_as_text) {
-                    std::memcpy(p, time.data(), time.size());
-                    p += time.size();
-                } else {
-                    p = format_number(p, b.t[r]);
-                }
-                *p++ = ',';
-            }
-            const double* t = targets + r * width;
-            for (std::size_t i = 0; i < width; ++i) {
-                p = format_number(p, t[i]);
-                *p++ = ',';
-            }
-            p[-1] = '\n';
-            out_.commit(p);
-        }
-    }
-
-  private:
-    OutputFile& out_;
-    std::vector<std::string> names_;
-    SourceInfo info_;
-    std::string quoted_;
-};
-
-// Rows of 24 doubles go straight into the output's buffer when it is aligned for them, which
-// it is whenever all before them were doubles too.
-double* aligned_room(OutputFile& out, std::size_t rows) {
-    char* p = out.reserve(rows * 24 * sizeof(double));
-    return reinterpret_cast<std::uintptr_t>(p) % alignof(double) == 0 ? reinterpret_cast<double*>(p) : nullptr;
-}
-
-class F64Sink : public Sink {
-  public:
-    explicit F64Sink(OutputFile& out) : out_(out) {}
-    void begin(const SourceInfo&) override {}
-    void write(const Block& b, const double* targets) override {
-        const std::size_t n = b.rows * width * sizeof(double);
-        char* p = out_.reserve(n);
-        std::memcpy(p, targets, n);
-        out_.commit(p + n);
-    }
-    double* direct(std::size_t rows) override { return width == 24 ? aligned_room(out_, rows) : nullptr; }
-    void wrote_direct(std::size_t rows) override {
-        out_.commit(out_.reserve(rows * 24 * sizeof(double)) + rows * 24 * sizeof(double));
-    }
-
-  private:
-    OutputFile& out_;
-};
-
-// A (N, 24) or, with the time first, (N, 25) '<f8' array. Its header is written first with the
-// row count known beforehand, else with none and rewritten in place once the count is known.
-class NpySink : public Sink {
-  public:
-    NpySink(OutputFile& out, std::optional<std::uint64_t> known_rows) : out_(out), known_(known_rows) {}
-    void begin(const SourceInfo& info) override {
-        time_written = info.has_time;
-        columns_ = info.has_time ? width + 1 : width;
-        out_.append(npy::header_for(known_ && !out_.seekable() ? *known_ : 0, columns_));
-    }
-    void write(const Block& b, const double* targets) override {
-        const std::size_t n = b.rows * columns_ * sizeof(double);
-        char* p = out_.reserve(n);
-        if (columns_ == width) {
-            std::memcpy(p, targets, n);
-        } else {
-            for (std::size_t r = 0; r < b.rows; ++r) {
-                std::memcpy(p, &b.t[r], sizeof(double));
-                std::memcpy(p + sizeof(double), targets + r * width, width * sizeof(double));
-                p += columns_ * sizeof(double);
-            }
-            p -= n;
-        }
-        out_.commit(p + n);
-    }
-    double* direct(std::size_t rows) override { return columns_ == 24 && width == 24 ? aligned_room(out_, rows) : nullptr; }
-    void wrote_direct(std::size_t rows) override {
-        out_.commit(out_.reserve(rows * 24 * sizeof(double)) + rows * 24 * sizeof(double));
-    }
-    std::string finish(std::uint64_t rows) override {
-        if (out_.seekable()) {
-            const std::string h = npy::header_for(rows, columns_);
-            if (!out_.patch(0, h.data(), h.size())) return out_.error();
-            return "";
-        }
-        if (known_ && rows != *known_)
-            return out_.name() + ": the npy header announces " + std::to_string(*known_) + " rows but " +
-                   std::to_string(rows) + " were written: the array is incomplete";
-        return "";
-    }
-
-  private:
-    OutputFile& out_;
-    std::optional<std::uint64_t> known_;
-    std::size_t columns_ = 24;
-};
-
-// The CSV heading's names of the 24 slots: outN, or the slot roles, a repeated role (unused,
-// say) followed by its slot number so that every column has its own name.
-std::vector<std::string> column_names(const quil_hand_info& hand, bool roles) {
-    std::vector<std::string> names(24);
-    std::map<std::string, int> uses;
-    if (roles)
-        for (int i = 0; i < 24; ++i) ++uses[hand.slot_roles[i]];
-    for (int i = 0; i < 24; ++i) {
-        if (!roles) names[i] = "out" + std::to_string(i);
-        else if (uses[hand.slot_roles[i]] > 1) names[i] = std::string(hand.slot_roles[i]) + "_" + std::to_string(i);
-        else names[i] = hand.slot_roles[i];
-    }
-    return names;
 }
 
 // The state saved with --state-out goes to a temporary file beside its target when the run
@@ -326,6 +148,20 @@ bool is_stdout(const std::string& path) { return path.empty() || path == "-"; }
 
 void say(std::FILE* err, const std::string& message) { std::fprintf(err, "quil-retarget: %s\n", message.c_str()); }
 
+// Tells where the rows a lenient read skipped were, and the first one's fault; true if any were.
+bool report_skipped(const SkippedRows& skipped, const std::string& input, bool places_are_lines, std::FILE* err) {
+    if (skipped.places.empty()) return false;
+    std::string where;
+    for (std::size_t i = 0; i < skipped.places.size() && i < 10; ++i)
+        where += (i ? ", " : "") + std::to_string(skipped.places[i]);
+    if (skipped.places.size() > 10) where += ", ...";
+    say(err, "skipped " + std::to_string(skipped.places.size()) + (skipped.places.size() == 1 ? " bad row" : " bad rows") +
+                 " of " + input + ", at " + (places_are_lines ? "line" : "byte offset") +
+                 (skipped.places.size() > 1 && places_are_lines ? "s " : " ") + where);
+    say(err, "the first was: " + skipped.messages.front());
+    return true;
+}
+
 }  // namespace
 
 PlotKind plot_kind_of(const std::string& path) {
@@ -347,6 +183,30 @@ std::string find_on_path(const std::string& program) {
         if (colon == std::string::npos) return "";
         start = colon + 1;
     }
+}
+
+// Draws the session into the SVG file opened before the run or, through the converter, a PNG;
+// false, having said why, if it could not be written.
+bool write_plot(const SessionPlot& plot, const MapOptions& o, const quil_hand_info& hand_info, const std::string& source,
+                const SourceInfo& info, const std::optional<TimeUnitChoice>& time_unit, OutputFile& svg_file,
+                std::FILE* err) {
+    SessionPlot::Labels labels;
+    labels.title = std::string(hand_info.name) + " " + hand_info.version;
+    labels.source = source;
+    labels.time_name = info.has_time ? info.time_name : "";
+    // The axis names the unit, unless the column's own name already does (time_ms).
+    if (time_unit && time_unit->from != TimeUnitChoice::From::name) labels.time_unit = time_unit_name(time_unit->unit);
+    labels.input_names = info.input_names;
+    for (int i = 0; i < 24; ++i) labels.roles[i] = hand_info.slot_roles[i];
+    const std::string svg = plot.svg(labels);
+    std::string error;
+    if (plot_kind_of(o.plot) == PlotKind::svg) {
+        svg_file.append(svg);
+        if (!svg_file.flush()) return say(err, svg_file.error()), false;
+    } else if (!render_png(o.rsvg_convert, svg, o.plot, error)) {
+        return say(err, error), false;
+    }
+    return true;
 }
 
 int run_map(const MapOptions& o, std::FILE* err) {
@@ -525,11 +385,8 @@ int run_map(const MapOptions& o, std::FILE* err) {
     if (plot_kind_of(o.plot) == PlotKind::svg && !svg_file.open(o.plot)) return fail(kExitIo, svg_file.error());
     if (!out.open(o.output)) return fail(kExitIo, out.error());
 
-    std::unique_ptr<Sink> sink;
     const std::vector<std::string> columns = o.profile.empty() ? column_names(hand_info, o.header_roles) : hand.output_names();
-    if (o.to == Format::csv) sink = std::make_unique<CsvSink>(out, columns);
-    else if (o.to == Format::f64) sink = std::make_unique<F64Sink>(out);
-    else sink = std::make_unique<NpySink>(out, info.known_rows);
+    std::unique_ptr<Sink> sink = make_sink(o.to, out, columns, info.known_rows);
     sink->width = width;
 
     std::unique_ptr<SessionPlot> plot = o.plot.empty() ? nullptr : std::make_unique<SessionPlot>();
@@ -587,36 +444,8 @@ int run_map(const MapOptions& o, std::FILE* err) {
         say(err, sink_error);
         exit = kExitIo;
     }
-    if (plot) {
-        SessionPlot::Labels labels;
-        labels.title = std::string(hand_info.name) + " " + hand_info.version;
-        labels.source = in.name();
-        labels.time_name = info.has_time ? info.time_name : "";
-        // The axis names the unit, unless the column's own name already does (time_ms).
-        if (time_unit && time_unit->from != TimeUnitChoice::From::name) labels.time_unit = time_unit_name(time_unit->unit);
-        labels.input_names = info.input_names;
-        for (int i = 0; i < 24; ++i) labels.roles[i] = hand_info.slot_roles[i];
-        const std::string svg = plot->svg(labels);
-        if (plot_kind_of(o.plot) == PlotKind::svg) {
-            svg_file.append(svg);
-            if (!svg_file.flush()) say(err, svg_file.error()), exit = kExitIo;
-        } else if (!render_png(o.rsvg_convert, svg, o.plot, error)) {
-            say(err, error);
-            exit = kExitIo;
-        }
-    }
-    const SkippedRows& skipped = source->skipped();
-    if (!skipped.places.empty()) {
-        std::string where;
-        for (std::size_t i = 0; i < skipped.places.size() && i < 10; ++i)
-            where += (i ? ", " : "") + std::to_string(skipped.places[i]);
-        if (skipped.places.size() > 10) where += ", ...";
-        say(err, "skipped " + std::to_string(skipped.places.size()) + (skipped.places.size() == 1 ? " bad row" : " bad rows") +
-                     " of " + in.name() + ", at " + (info.places_are_lines ? "line" : "byte offset") +
-                     (skipped.places.size() > 1 && info.places_are_lines ? "s " : " ") + where);
-        say(err, "the first was: " + skipped.messages.front());
-        if (exit == kExitOk) exit = kExitSkipped;
-    }
+    if (plot && !write_plot(*plot, o, hand_info, in.name(), info, time_unit, svg_file, err)) exit = kExitIo;
+    if (report_skipped(source->skipped(), in.name(), info.places_are_lines, err) && exit == kExitOk) exit = kExitSkipped;
     if (!o.state_out.empty() && (exit == kExitOk || exit == kExitSkipped)) {
         if (!state_out.commit(hand.state(), error)) say(err, error), exit = kExitIo;
     }
