@@ -14,6 +14,7 @@
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
 #include "core/linear_stage.h"
+#include "core/slots.h"
 #include "core/spread_coupling.h"
 
 namespace quil::banded_finger_chain {
@@ -69,55 +70,55 @@ inline void floor_at(TargetArray& out, int slot, double limit) {
 // The O12's thumb rotation: coupled to thumb slot 2, a straight thumb pulls the rotation in, a
 // bent one lets it go by `rotation_give` of its bend beyond -10.
 inline void rotation_from_tip(TargetArray& out, double rotation_give) {
-    if (out[2] > -10) {
-        out[3] = out[3] - (out[2] + 10) * 2.5;
-        if (out[3] > 30) out[3] = 30;
+    if (out[slot::thumb_distal] > -10) {
+        out[slot::thumb_abduction] = out[slot::thumb_abduction] - (out[slot::thumb_distal] + 10) * 2.5;
+        if (out[slot::thumb_abduction] > 30) out[slot::thumb_abduction] = 30;
     }
-    if (out[2] < -10) {
-        out[3] = out[3] + (out[2] + 10) * rotation_give;
-        if (out[3] < 20) out[3] = 20;
+    if (out[slot::thumb_distal] < -10) {
+        out[slot::thumb_abduction] = out[slot::thumb_abduction] + (out[slot::thumb_distal] + 10) * rotation_give;
+        if (out[slot::thumb_abduction] < 20) out[slot::thumb_abduction] = 20;
     }
 }
 
 // The thumb's joints in their bands; the thumb spread stops at -45.
 inline void banded_thumb(TargetArray& out, const ThumbBands& b) {
-    out[0] = b.thumb0(out[0]);
-    floor_at(out, 0, -90);
-    out[1] = b.thumb1(out[1]);
-    if (out[1] > 0) out[1] = 0;
-    floor_at(out, 1, b.thumb1_floor);
-    out[2] = b.thumb2(out[2]);
-    floor_at(out, 2, -75);
-    out[20] = b.thumb20(out[20]);
+    out[slot::thumb_base] = b.thumb0(out[slot::thumb_base]);
+    floor_at(out, slot::thumb_base, -90);
+    out[slot::thumb_proximal] = b.thumb1(out[slot::thumb_proximal]);
+    if (out[slot::thumb_proximal] > 0) out[slot::thumb_proximal] = 0;
+    floor_at(out, slot::thumb_proximal, b.thumb1_floor);
+    out[slot::thumb_distal] = b.thumb2(out[slot::thumb_distal]);
+    floor_at(out, slot::thumb_distal, -75);
+    out[slot::thumb_rotation] = b.thumb20(out[slot::thumb_rotation]);
     // A fully rotated thumb would collide with the palm unless its joints stay clear.
-    if (out[20] < -45) {
-        out[20] = -45;
-        floor_at(out, 1, -44);
-        floor_at(out, 0, -49);
+    if (out[slot::thumb_rotation] < -45) {
+        out[slot::thumb_rotation] = -45;
+        floor_at(out, slot::thumb_proximal, -44);
+        floor_at(out, slot::thumb_base, -49);
     }
 }
 
 // The finger curls in their bands, the little finger's spread closed by its deep curl, distal
 // joints at 0.8 and the full-bend locks.
 inline void banded_fingers(TargetArray& out, const FingerBands& b) {
-    out[6] = b.index6(out[6]);
-    floor_at(out, 6, -100);
-    out[5] = b.index5(out[5]);
-    floor_at(out, 5, -100);
-    out[9] = b.middle9(out[9]);
-    floor_at(out, 9, -100);
-    out[10] = b.middle10(out[10]);
-    floor_at(out, 10, -100);
-    out[13] = b.ring13(out[13]);
-    floor_at(out, 13, -100);
-    out[14] = b.ring14(out[14]);
-    floor_at(out, 14, -100);
-    out[18] = b.little18(out[18]);
-    floor_at(out, 18, -84);
+    out[slot::index_proximal] = b.index6(out[slot::index_proximal]);
+    floor_at(out, slot::index_proximal, -100);
+    out[slot::index_distal] = b.index5(out[slot::index_distal]);
+    floor_at(out, slot::index_distal, -100);
+    out[slot::middle_distal] = b.middle9(out[slot::middle_distal]);
+    floor_at(out, slot::middle_distal, -100);
+    out[slot::middle_proximal] = b.middle10(out[slot::middle_proximal]);
+    floor_at(out, slot::middle_proximal, -100);
+    out[slot::ring_distal] = b.ring13(out[slot::ring_distal]);
+    floor_at(out, slot::ring_distal, -100);
+    out[slot::ring_proximal] = b.ring14(out[slot::ring_proximal]);
+    floor_at(out, slot::ring_proximal, -100);
+    out[slot::little_proximal] = b.little18(out[slot::little_proximal]);
+    floor_at(out, slot::little_proximal, -84);
     // The little finger's spread closes further as it curls deep.
-    if (out[18] < -5) {
-        out[19] = out[19] + 0.8 * (out[18] + 5);
-        if (out[19] < 0) out[19] = 0;
+    if (out[slot::little_proximal] < -5) {
+        out[slot::little_spread] = out[slot::little_spread] + 0.8 * (out[slot::little_proximal] + 5);
+        if (out[slot::little_spread] < 0) out[slot::little_spread] = 0;
     }
 
     follow_distal(out, 0.8);

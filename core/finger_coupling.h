@@ -7,6 +7,7 @@
 #include <initializer_list>
 
 #include "core/records.h"
+#include "core/slots.h"
 
 namespace quil {
 
@@ -20,20 +21,20 @@ inline void close_spread(double& spread, double bend, double gain, double knee =
     }
 }
 
-// The middle finger has no abduction sensor of its own: its spread (out[11]) is taken from the
-// index spread (out[7]) and the ring spread (out[15]).
+// The middle finger has no abduction sensor of its own: its spread (out[slot::middle_spread]) is taken from the
+// index spread (out[slot::index_spread]) and the ring spread (out[slot::ring_spread]).
 inline void spread_middle_from_neighbours(TargetArray& out, double index_gain, double ring_gain) {
-    out[11] = index_gain * out[7] - ring_gain * out[15];
+    out[slot::middle_spread] = index_gain * out[slot::index_spread] - ring_gain * out[slot::ring_spread];
 }
 
 // The first slot of each doubly driven finger (4, 8, 12, 16) follows its reshaped second slot at
 // `gain`, never extending past straight.
 inline void follow_distal(TargetArray& out, double gain) {
-    out[4] = gain * out[5];
-    out[8] = gain * out[9];
-    out[12] = gain * out[13];
-    out[16] = gain * out[17];
-    for (int i : {4, 8, 12, 16})
+    out[slot::index_tip] = gain * out[slot::index_distal];
+    out[slot::middle_tip] = gain * out[slot::middle_distal];
+    out[slot::ring_tip] = gain * out[slot::ring_distal];
+    out[slot::little_tip] = gain * out[slot::little_distal];
+    for (int i : {slot::index_tip, slot::middle_tip, slot::ring_tip, slot::little_tip})
         if (out[i] > 0) out[i] = 0;
 }
 

@@ -8,6 +8,7 @@
 
 #include "core/curves.h"
 #include "core/records.h"
+#include "core/slots.h"
 
 namespace quil {
 

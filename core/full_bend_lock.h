@@ -4,6 +4,7 @@
 #pragma once
 
 #include "core/records.h"
+#include "core/slots.h"
 
 namespace quil {
 
@@ -23,10 +24,10 @@ inline void lock_full_bend(TargetArray& out, int partner, int judge, double dept
 // The whole hand, finger by finger: index, middle and ring lock past `finger_depth`, the little
 // finger, which reaches its stop earlier, past `little_depth`.
 inline void lock_full_bends(TargetArray& out, double finger_depth, double little_depth) {
-    lock_full_bend(out, 5, 6, finger_depth);
-    lock_full_bend(out, 9, 10, finger_depth);
-    lock_full_bend(out, 13, 14, finger_depth);
-    lock_full_bend(out, 17, 18, little_depth);
+    lock_full_bend(out, slot::index_distal, slot::index_proximal, finger_depth);
+    lock_full_bend(out, slot::middle_distal, slot::middle_proximal, finger_depth);
+    lock_full_bend(out, slot::ring_distal, slot::ring_proximal, finger_depth);
+    lock_full_bend(out, slot::little_distal, slot::little_proximal, little_depth);
 }
 
 }  // namespace quil

@@ -5,23 +5,24 @@
 
 #include "core/pinch.h"
 #include "core/records.h"
+#include "core/slots.h"
 
 namespace quil {
 
-// Thumb ready to pinch: its first joint (out[1]) at or below [0], its tip (out[2]) at or above [1].
+// Thumb ready to pinch: its first joint (out[slot::thumb_proximal]) at or below [0], its tip (out[slot::thumb_distal]) at or above [1].
 inline bool thumb_active(const TargetArray& out, const ThresholdPair& thumb) {
-    return out[1] <= double(thumb.at_or_below) && out[2] >= double(thumb.at_or_above);
+    return out[slot::thumb_proximal] <= double(thumb.at_or_below) && out[slot::thumb_distal] >= double(thumb.at_or_above);
 }
 
-// Index knuckle (out[6]) inside the pinch band of the index pair.
+// Index knuckle (out[slot::index_proximal]) inside the pinch band of the index pair.
 inline bool index_in_band(const TargetArray& out, const ThresholdPair& index) {
-    return index.within(out[6]);
+    return index.within(out[slot::index_proximal]);
 }
 
 // Index reaching for the thumb: thumb and index bends together at or below the sum of both pairs'
 // [0] edges, the index not past the band's lower edge.
 inline bool index_reaches(const TargetArray& out, const ThresholdPair& thumb, const ThresholdPair& index) {
-    return out[1] + out[6] <= sum_of_upper_edges(index, thumb) && out[6] >= double(index.at_or_above);
+    return out[slot::thumb_proximal] + out[slot::index_proximal] <= sum_of_upper_edges(index, thumb) && out[slot::index_proximal] >= double(index.at_or_above);
 }
 
 }  // namespace quil

@@ -23,6 +23,7 @@
 #include <algorithm>
 
 #include "core/linear_stage.h"
+#include "core/slots.h"
 
 namespace quil::ruiyan_chain {
 
@@ -32,22 +33,22 @@ inline int run_rows(const InputAngles& in, const Coefficients& k, TargetArray& o
     return run_linear_stage<kStandardRows>(in, Clamp::passes_nan, k, out);
 }
 
-// How a hand bands its thumb base (out[1]) before limiting it to [-90, 0].
+// How a hand bands its thumb base (out[slot::thumb_proximal]) before limiting it to [-90, 0].
 enum class ThumbBaseBands {
     amplified,     // above -20 x1.2; above -60 0.6 v - 20; deeper + 4
     plain_shallow, // above -20 unchanged; above -60 0.6 v - 20; deeper + 4
     shallow_only,  // left as it is in every band
 };
 
-// The thumb tip (out[2]) is rebuilt from itself and the thumb base:
-//   out[2] = (out[2] * tip_weight + base_share * out[1] * (1 - tip_weight)) * scale.
+// The thumb tip (out[slot::thumb_distal]) is rebuilt from itself and the thumb base:
+//   out[slot::thumb_distal] = (out[slot::thumb_distal] * tip_weight + base_share * out[slot::thumb_proximal] * (1 - tip_weight)) * scale.
 struct ThumbTipBlend {
     double tip_weight;
     double base_share;
     double scale;
 };
 
-// The thumb spread (out[20]) keeps `near_open` of its row above -15 and `beyond` past it.
+// The thumb spread (out[slot::thumb_rotation]) keeps `near_open` of its row above -15 and `beyond` past it.
 struct ThumbSpreadGains {
     double near_open;
     double beyond;
@@ -57,19 +58,19 @@ struct ChainVariant {
     ThumbBaseBands thumb_base;
     ThumbTipBlend thumb_tip;
     ThumbSpreadGains thumb_spread;
-    double little_gain;   // out[18] *= little_gain ...
+    double little_gain;   // out[slot::little_proximal] *= little_gain ...
     double little_floor;  // ... and no lower than little_floor
 };
 
 // The thumb rotation opens as the tip straightens and closes a little as it bends.
 inline void rotation_from_tip(TargetArray& out) {
-    if (out[2] > -10) {
-        out[3] = out[3] - (out[2] + 10.0) * 2.5;
-        if (out[3] > 30) out[3] = 30;
+    if (out[slot::thumb_distal] > -10) {
+        out[slot::thumb_abduction] = out[slot::thumb_abduction] - (out[slot::thumb_distal] + 10.0) * 2.5;
+        if (out[slot::thumb_abduction] > 30) out[slot::thumb_abduction] = 30;
     }
-    if (out[2] < -10) {
-        out[3] = out[3] + (out[2] + 10.0) * 0.15;
-        if (out[3] < 20) out[3] = 20;
+    if (out[slot::thumb_distal] < -10) {
+        out[slot::thumb_abduction] = out[slot::thumb_abduction] + (out[slot::thumb_distal] + 10.0) * 0.15;
+        if (out[slot::thumb_abduction] < 20) out[slot::thumb_abduction] = 20;
     }
 }
 
@@ -77,137 +78,137 @@ inline void rotation_from_tip(TargetArray& out) {
 // roll back when it is fully spread.
 inline void thumb_joints(TargetArray& out, const ChainVariant& v) {
     // Thumb roll: shallow bends are damped, deep ones kept.
-    if (out[0] > -20) {
-        out[0] = out[0] * 0.5;
-    } else if (out[0] > -60) {
-        out[0] = 0.4 * out[0] - 5.0;
+    if (out[slot::thumb_base] > -20) {
+        out[slot::thumb_base] = out[slot::thumb_base] * 0.5;
+    } else if (out[slot::thumb_base] > -60) {
+        out[slot::thumb_base] = 0.4 * out[slot::thumb_base] - 5.0;
     }
-    if (out[0] < -90) out[0] = -90;
+    if (out[slot::thumb_base] < -90) out[slot::thumb_base] = -90;
 
-    if (out[1] > -20) {
-        if (v.thumb_base == ThumbBaseBands::amplified) out[1] = out[1] * 1.2;
+    if (out[slot::thumb_proximal] > -20) {
+        if (v.thumb_base == ThumbBaseBands::amplified) out[slot::thumb_proximal] = out[slot::thumb_proximal] * 1.2;
     } else if (v.thumb_base != ThumbBaseBands::shallow_only) {
-        if (out[1] > -60) {
-            out[1] = 0.6 * out[1] - 20.0;
+        if (out[slot::thumb_proximal] > -60) {
+            out[slot::thumb_proximal] = 0.6 * out[slot::thumb_proximal] - 20.0;
         } else {
-            out[1] = out[1] + 4.0;
+            out[slot::thumb_proximal] = out[slot::thumb_proximal] + 4.0;
         }
     }
-    if (out[1] > 0) out[1] = 0;
-    if (out[1] < -90) out[1] = -90;
+    if (out[slot::thumb_proximal] > 0) out[slot::thumb_proximal] = 0;
+    if (out[slot::thumb_proximal] < -90) out[slot::thumb_proximal] = -90;
 
     // The firmware splits the tip at -20 and -50 with the same (unit) factor in every band; the
     // tip is then rebuilt as a blend with the base.
     const ThumbTipBlend& b = v.thumb_tip;
-    out[2] = (out[2] * b.tip_weight + b.base_share * out[1] * (1.0 - b.tip_weight)) * b.scale;
-    if (out[2] < -75) out[2] = -75;
+    out[slot::thumb_distal] = (out[slot::thumb_distal] * b.tip_weight + b.base_share * out[slot::thumb_proximal] * (1.0 - b.tip_weight)) * b.scale;
+    if (out[slot::thumb_distal] < -75) out[slot::thumb_distal] = -75;
 
     // Thumb spread, with the thumb base and roll held back when it is fully spread.
-    if (out[20] > -15) {
-        out[20] = out[20] * v.thumb_spread.near_open;
+    if (out[slot::thumb_rotation] > -15) {
+        out[slot::thumb_rotation] = out[slot::thumb_rotation] * v.thumb_spread.near_open;
     } else {
-        out[20] = out[20] * v.thumb_spread.beyond;
+        out[slot::thumb_rotation] = out[slot::thumb_rotation] * v.thumb_spread.beyond;
     }
-    if (out[20] < -45) {
-        out[20] = -45;
-        out[1] = std::max(out[1], -44.0);
-        out[0] = std::max(out[0], -49.0);
+    if (out[slot::thumb_rotation] < -45) {
+        out[slot::thumb_rotation] = -45;
+        out[slot::thumb_proximal] = std::max(out[slot::thumb_proximal], -44.0);
+        out[slot::thumb_base] = std::max(out[slot::thumb_base], -49.0);
     }
 }
 
 // The rotation is finally driven by the spread and the tip. This replaces what
 // rotation_from_tip made of it; the firmware has always run both.
 inline void rotation_from_spread(TargetArray& out) {
-    out[3] = -0.5 * out[20] - 0.15 * out[2];
+    out[slot::thumb_abduction] = -0.5 * out[slot::thumb_rotation] - 0.15 * out[slot::thumb_distal];
 }
 
 // Abductions capped and narrowed as their fingers bend, finger gains, the little finger's
 // spread, and the rotation limited to [0, 30].
 inline void fingers(TargetArray& out, const ChainVariant& v) {
     // Index: abduction capped and narrowed as the finger bends.
-    if (out[7] > 30) out[7] = 30;
-    if (out[5] < 0) {
-        out[7] = out[7] + 0.15 * out[5];
-        if (out[7] < 0) out[7] = 0;
+    if (out[slot::index_spread] > 30) out[slot::index_spread] = 30;
+    if (out[slot::index_distal] < 0) {
+        out[slot::index_spread] = out[slot::index_spread] + 0.15 * out[slot::index_distal];
+        if (out[slot::index_spread] < 0) out[slot::index_spread] = 0;
     }
-    out[6] = out[6] * 0.9;
-    if (out[5] > -10) {
+    out[slot::index_proximal] = out[slot::index_proximal] * 0.9;
+    if (out[slot::index_distal] > -10) {
         // small bends pass unchanged
-    } else if (out[5] > -60) {
-        out[5] = 0.5 * out[5] - 10.0;
+    } else if (out[slot::index_distal] > -60) {
+        out[slot::index_distal] = 0.5 * out[slot::index_distal] - 10.0;
     } else {
-        out[5] = out[5] * 1.1;
+        out[slot::index_distal] = out[slot::index_distal] * 1.1;
     }
-    if (out[5] < -100) out[5] = -100;
+    if (out[slot::index_distal] < -100) out[slot::index_distal] = -100;
 
     // The middle finger's abduction follows the index and ring abductions.
-    out[11] = 0.24 * out[7] - 0.32 * out[15];
-    out[10] = out[10] * 0.9;
-    if (out[10] < -100) out[10] = -100;
-    if (out[9] > -15) {
-        out[9] = out[9] * 1.25;
-    } else if (out[9] > -70) {
-        out[9] = out[9] * 0.9;
+    out[slot::middle_spread] = 0.24 * out[slot::index_spread] - 0.32 * out[slot::ring_spread];
+    out[slot::middle_proximal] = out[slot::middle_proximal] * 0.9;
+    if (out[slot::middle_proximal] < -100) out[slot::middle_proximal] = -100;
+    if (out[slot::middle_distal] > -15) {
+        out[slot::middle_distal] = out[slot::middle_distal] * 1.25;
+    } else if (out[slot::middle_distal] > -70) {
+        out[slot::middle_distal] = out[slot::middle_distal] * 0.9;
     }
-    if (out[9] < -100) out[9] = -100;
+    if (out[slot::middle_distal] < -100) out[slot::middle_distal] = -100;
 
     // Ring.
-    if (out[15] > 20) out[15] = 20;
-    if (out[13] < 0) {
-        out[15] = out[15] + 0.15 * out[13];
-        if (out[15] < 0) out[15] = 0;
+    if (out[slot::ring_spread] > 20) out[slot::ring_spread] = 20;
+    if (out[slot::ring_distal] < 0) {
+        out[slot::ring_spread] = out[slot::ring_spread] + 0.15 * out[slot::ring_distal];
+        if (out[slot::ring_spread] < 0) out[slot::ring_spread] = 0;
     }
-    out[14] = out[14] * 0.9;
-    if (out[14] < -100) out[14] = -100;
-    if (out[13] > -15) {
-        out[13] = out[13] * 1.25;
-    } else if (out[13] > -70) {
-        out[13] = out[13] * 0.9;
+    out[slot::ring_proximal] = out[slot::ring_proximal] * 0.9;
+    if (out[slot::ring_proximal] < -100) out[slot::ring_proximal] = -100;
+    if (out[slot::ring_distal] > -15) {
+        out[slot::ring_distal] = out[slot::ring_distal] * 1.25;
+    } else if (out[slot::ring_distal] > -70) {
+        out[slot::ring_distal] = out[slot::ring_distal] * 0.9;
     }
-    if (out[13] < -100) out[13] = -100;
+    if (out[slot::ring_distal] < -100) out[slot::ring_distal] = -100;
 
     // Little: abduction boosted while small, narrowed by both little joints.
-    if (out[19] > 30) out[19] = 30;
-    if (out[19] < 7) {
-        out[19] = out[19] * 1.5;
+    if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
+    if (out[slot::little_spread] < 7) {
+        out[slot::little_spread] = out[slot::little_spread] * 1.5;
     } else {
-        out[19] = out[19] + 3.5;
-        if (out[19] > 30) out[19] = 30;
+        out[slot::little_spread] = out[slot::little_spread] + 3.5;
+        if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
     }
-    if (out[17] < 0) {
-        out[19] = out[19] + 0.25 * out[17];
-        if (out[19] < 0) out[19] = 0;
+    if (out[slot::little_distal] < 0) {
+        out[slot::little_spread] = out[slot::little_spread] + 0.25 * out[slot::little_distal];
+        if (out[slot::little_spread] < 0) out[slot::little_spread] = 0;
     }
-    out[18] = out[18] * v.little_gain;
-    if (out[18] < v.little_floor) out[18] = v.little_floor;
-    if (out[18] < -5) {
-        out[19] = out[19] + 0.8 * (out[18] + 5.0);
-        if (out[19] < 0) out[19] = 0;
+    out[slot::little_proximal] = out[slot::little_proximal] * v.little_gain;
+    if (out[slot::little_proximal] < v.little_floor) out[slot::little_proximal] = v.little_floor;
+    if (out[slot::little_proximal] < -5) {
+        out[slot::little_spread] = out[slot::little_spread] + 0.8 * (out[slot::little_proximal] + 5.0);
+        if (out[slot::little_spread] < 0) out[slot::little_spread] = 0;
     }
 
-    if (out[3] < 0) out[3] = 0;
-    if (out[3] > 30) out[3] = 30;
+    if (out[slot::thumb_abduction] < 0) out[slot::thumb_abduction] = 0;
+    if (out[slot::thumb_abduction] > 30) out[slot::thumb_abduction] = 30;
 }
 
 inline void neighbour_drag(TargetArray& out) {
     // Ring and little are dragged along by a deeply bent middle finger, the index by middle
     // and index together.
-    if (out[10] <= -65 && (out[14] <= -25 || out[18] <= -15)) {
-        out[14] = 2.0 * out[14];
-        if (out[14] < -81) out[14] = -81;
-        out[18] = 3.0 * out[18];
-        if (out[18] < -100) out[18] = -100;
+    if (out[slot::middle_proximal] <= -65 && (out[slot::ring_proximal] <= -25 || out[slot::little_proximal] <= -15)) {
+        out[slot::ring_proximal] = 2.0 * out[slot::ring_proximal];
+        if (out[slot::ring_proximal] < -81) out[slot::ring_proximal] = -81;
+        out[slot::little_proximal] = 3.0 * out[slot::little_proximal];
+        if (out[slot::little_proximal] < -100) out[slot::little_proximal] = -100;
     }
-    if (out[10] <= -70 && out[6] <= -30) {
-        out[6] = 1.5 * out[6];
-        if (out[6] < -81) out[6] = -81;
+    if (out[slot::middle_proximal] <= -70 && out[slot::index_proximal] <= -30) {
+        out[slot::index_proximal] = 1.5 * out[slot::index_proximal];
+        if (out[slot::index_proximal] < -81) out[slot::index_proximal] = -81;
     }
     // Bent middle and ring fingers leave the thumb less room to spread.
-    if (out[6] > double(-75.0f)) {
+    if (out[slot::index_proximal] > double(-75.0f)) {
         double f = 1.0;
-        if (out[10] < -70) f = f - 0.075;
-        if (out[14] < -70) f = f - 0.075;
-        out[20] = out[20] * f;
+        if (out[slot::middle_proximal] < -70) f = f - 0.075;
+        if (out[slot::ring_proximal] < -70) f = f - 0.075;
+        out[slot::thumb_rotation] = out[slot::thumb_rotation] * f;
     }
 }
 
@@ -224,21 +225,21 @@ inline void thumb_and_fingers(TargetArray& out, const ChainVariant& v) {
 // The fist test: the proximal joints of all four fingers at or below (that is, bent at least
 // as far as) these bounds. Positive bounds make it pass on every sample.
 struct FistBounds {
-    double index, middle, ring, little;  // out[6], out[10], out[14], out[18]
+    double index, middle, ring, little;  // out[slot::index_proximal], out[slot::middle_proximal], out[slot::ring_proximal], out[slot::little_proximal]
 };
 
 // What a fist does: the middle finger bends `middle` times further (about 15%) and the thumb
 // spreads `spread` times as far (about 30% less).
 struct FistGains {
-    double middle;  // out[10]
-    double spread;  // out[20]
+    double middle;  // out[slot::middle_proximal]
+    double spread;  // out[slot::thumb_rotation]
 };
 
 // Returns whether the fist test passed.
 inline bool fist_boost(TargetArray& out, const FistBounds& b, const FistGains& g) {
-    if (out[6] <= b.index && out[10] <= b.middle && out[14] <= b.ring && out[18] <= b.little) {
-        out[10] = out[10] * g.middle;
-        out[20] = out[20] * g.spread;
+    if (out[slot::index_proximal] <= b.index && out[slot::middle_proximal] <= b.middle && out[slot::ring_proximal] <= b.ring && out[slot::little_proximal] <= b.little) {
+        out[slot::middle_proximal] = out[slot::middle_proximal] * g.middle;
+        out[slot::thumb_rotation] = out[slot::thumb_rotation] * g.spread;
         return true;
     }
     return false;
@@ -248,24 +249,24 @@ inline bool fist_boost(TargetArray& out, const FistBounds& b, const FistGains& g
 // lock point is driven fully closed (the middle finger to its own -81). `lock_little` says
 // whether the little finger has a lock too.
 inline void distal_and_full_bend(TargetArray& out, bool lock_little) {
-    for (int m : {4, 8, 12, 16}) out[m] = out[m + 1] * 0.8;
-    for (int m : {4, 8, 12, 16})
+    for (int m : {slot::index_tip, slot::middle_tip, slot::ring_tip, slot::little_tip}) out[m] = out[m + 1] * 0.8;
+    for (int m : {slot::index_tip, slot::middle_tip, slot::ring_tip, slot::little_tip})
         if (out[m] > 0) out[m] = 0;
-    if (out[6] < -90) {
-        out[5] = -100;
-        out[6] = -100;
+    if (out[slot::index_proximal] < -90) {
+        out[slot::index_distal] = -100;
+        out[slot::index_proximal] = -100;
     }
-    if (out[10] < -74) {
-        out[9] = -81;
-        out[10] = -81;
+    if (out[slot::middle_proximal] < -74) {
+        out[slot::middle_distal] = -81;
+        out[slot::middle_proximal] = -81;
     }
-    if (out[14] < -90) {
-        out[13] = -100;
-        out[14] = -100;
+    if (out[slot::ring_proximal] < -90) {
+        out[slot::ring_distal] = -100;
+        out[slot::ring_proximal] = -100;
     }
-    if (lock_little && out[18] < -80) {
-        out[17] = -100;
-        out[18] = -100;
+    if (lock_little && out[slot::little_proximal] < -80) {
+        out[slot::little_distal] = -100;
+        out[slot::little_proximal] = -100;
     }
 }
 

@@ -1,5 +1,5 @@
-// Finger spread (abduction) against curl. The glove measures the spread of the index (out[7]),
-// ring (out[15]) and little finger (out[19]); the middle finger's spread (out[11]) sits between
+// Finger spread (abduction) against curl. The glove measures the spread of the index (out[slot::index_spread]),
+// ring (out[slot::ring_spread]) and little finger (out[slot::little_spread]); the middle finger's spread (out[slot::middle_spread]) sits between
 // its neighbours. The hands' little fingers spread less than a human one, so that spread is
 // reshaped; the ring finger never spreads past the little finger, or the two would cross; and a
 // curling finger cannot stay spread, so a fist does not splay.
@@ -7,6 +7,7 @@
 
 #include "core/finger_coupling.h"
 #include "core/records.h"
+#include "core/slots.h"
 
 namespace quil {
 
@@ -20,10 +21,10 @@ struct SpreadCaps {
 };
 
 inline void cap_spreads(TargetArray& out, const SpreadCaps& caps) {
-    if (out[7] > caps.index) out[7] = caps.index;
-    if (out[15] > caps.ring) out[15] = caps.ring;
-    if (out[19] > caps.little) out[19] = caps.little;
-    if (out[15] > out[19]) out[15] = out[19];
+    if (out[slot::index_spread] > caps.index) out[slot::index_spread] = caps.index;
+    if (out[slot::ring_spread] > caps.ring) out[slot::ring_spread] = caps.ring;
+    if (out[slot::little_spread] > caps.little) out[slot::little_spread] = caps.little;
+    if (out[slot::ring_spread] > out[slot::little_spread]) out[slot::ring_spread] = out[slot::little_spread];
 }
 
 // The little finger's spread: a narrow spread (below 7) is scaled up; a wider one is offset and
@@ -45,9 +46,9 @@ inline void reshape_little_spread(double& spread, const LittleSpreadGain& g) {
 
 // A wide little-finger spread (above 5) turns the thumb toward the palm, up to 35.
 inline void rotate_thumb_with_little_spread(TargetArray& out, double gain) {
-    if (out[19] > 5) {
-        out[3] = out[3] + (out[19] - 5) * gain;
-        if (out[3] > 35) out[3] = 35;
+    if (out[slot::little_spread] > 5) {
+        out[slot::thumb_abduction] = out[slot::thumb_abduction] + (out[slot::little_spread] - 5) * gain;
+        if (out[slot::thumb_abduction] > 35) out[slot::thumb_abduction] = 35;
     }
 }
 
@@ -69,18 +70,18 @@ struct SpreadCoupling {
 
 // Caps, the little-spread boost, closing with curl, then the middle spread from its neighbours.
 inline void couple_spreads(TargetArray& out, const SpreadCoupling& s) {
-    if (out[7] > s.index_cap) out[7] = s.index_cap;
-    if (out[15] > s.ring_cap) out[15] = s.ring_cap;
-    if (out[19] > s.little_cap) out[19] = s.little_cap;
-    if (out[19] < s.little_knee) {
-        out[19] = out[19] * s.little_low_gain;
+    if (out[slot::index_spread] > s.index_cap) out[slot::index_spread] = s.index_cap;
+    if (out[slot::ring_spread] > s.ring_cap) out[slot::ring_spread] = s.ring_cap;
+    if (out[slot::little_spread] > s.little_cap) out[slot::little_spread] = s.little_cap;
+    if (out[slot::little_spread] < s.little_knee) {
+        out[slot::little_spread] = out[slot::little_spread] * s.little_low_gain;
     } else {
-        out[19] = out[19] + s.little_lift;
-        if (out[19] > s.little_cap) out[19] = s.little_cap;
+        out[slot::little_spread] = out[slot::little_spread] + s.little_lift;
+        if (out[slot::little_spread] > s.little_cap) out[slot::little_spread] = s.little_cap;
     }
-    close_spread(out[7], out[5], s.index_pull);
-    close_spread(out[15], out[13], s.ring_pull);
-    close_spread(out[19], out[17], s.little_pull);
+    close_spread(out[slot::index_spread], out[slot::index_distal], s.index_pull);
+    close_spread(out[slot::ring_spread], out[slot::ring_distal], s.ring_pull);
+    close_spread(out[slot::little_spread], out[slot::little_distal], s.little_pull);
     spread_middle_from_neighbours(out, s.middle_from_index, s.middle_from_ring);
 }
 

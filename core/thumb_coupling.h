@@ -1,9 +1,10 @@
-// Thumb couplings of the hands whose thumb rotation (out[3]) is driven from the thumb tip
-// (out[2]), and whose second thumb joint (out[20]) drags the first two thumb values with it
+// Thumb couplings of the hands whose thumb rotation (out[slot::thumb_abduction]) is driven from the thumb tip
+// (out[slot::thumb_distal]), and whose second thumb joint (out[slot::thumb_rotation]) drags the first two thumb values with it
 // when it swings far.
 #pragma once
 
 #include "core/records.h"
+#include "core/slots.h"
 
 namespace quil {
 
@@ -29,18 +30,18 @@ struct RotationFromTip {
     }
 };
 
-// out[20] past `swing_floor` is held there, and then out[1] and out[0] may bend no further than
+// out[slot::thumb_rotation] past `swing_floor` is held there, and then out[slot::thumb_proximal] and out[slot::thumb_base] may bend no further than
 // their own floors, so the thumb does not fold into the palm.
 struct ThumbSwingStop {
     double swing_floor;
-    double first_floor;   // out[1]
-    double base_floor;    // out[0]
+    double first_floor;   // out[slot::thumb_proximal]
+    double base_floor;    // out[slot::thumb_base]
 
     void apply(TargetArray& out) const {
-        if (out[20] < swing_floor) {
-            out[20] = swing_floor;
-            if (out[1] < first_floor) out[1] = first_floor;
-            if (out[0] < base_floor) out[0] = base_floor;
+        if (out[slot::thumb_rotation] < swing_floor) {
+            out[slot::thumb_rotation] = swing_floor;
+            if (out[slot::thumb_proximal] < first_floor) out[slot::thumb_proximal] = first_floor;
+            if (out[slot::thumb_base] < base_floor) out[slot::thumb_base] = base_floor;
         }
     }
 };

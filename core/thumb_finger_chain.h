@@ -7,6 +7,7 @@
 #include "core/curves.h"
 #include "core/finger_coupling.h"
 #include "core/records.h"
+#include "core/slots.h"
 
 namespace quil {
 
@@ -14,42 +15,42 @@ namespace chain_detail {
 constexpr Piece unchanged = scale(1.0);  // v * 1.0 is v to the bit, zeros and NaN included
 }  // namespace chain_detail
 
-// How much of its row the thumb swing (out[20]) keeps: `near_open` while it is above -15,
+// How much of its row the thumb swing (out[slot::thumb_rotation]) keeps: `near_open` while it is above -15,
 // `beyond` once it swings further.
 struct ThumbSwingGains {
     double near_open;
     double beyond;
 };
 
-// Thumb values out[0..3] and out[20]: base and first joint reshaped past their knees, the tip
+// Thumb values out[0..3] and out[slot::thumb_rotation]: base and first joint reshaped past their knees, the tip
 // stopped short of the palm, the swing scaled and stopped at -45 (holding the first joint and the
-// base back with it), and the rotation out[3] recomputed from swing and tip.
+// base back with it), and the rotation out[slot::thumb_abduction] recomputed from swing and tip.
 inline void couple_thumb(TargetArray& out, ThumbSwingGains swing) {
     using chain_detail::unchanged;
     // The tip nudges the rotation first. The recomputation at the end overrides it; the firmware
     // has always run both.
-    if (out[2] > -10) {
-        out[3] = out[3] - (out[2] + 10) * 2.5;
-        if (out[3] > 30) out[3] = 30;
+    if (out[slot::thumb_distal] > -10) {
+        out[slot::thumb_abduction] = out[slot::thumb_abduction] - (out[slot::thumb_distal] + 10) * 2.5;
+        if (out[slot::thumb_abduction] > 30) out[slot::thumb_abduction] = 30;
     }
-    if (out[2] < -10) {
-        out[3] = out[3] + (out[2] + 10) * 0.15;
-        if (out[3] < 20) out[3] = 20;
+    if (out[slot::thumb_distal] < -10) {
+        out[slot::thumb_abduction] = out[slot::thumb_abduction] + (out[slot::thumb_distal] + 10) * 0.15;
+        if (out[slot::thumb_abduction] < 20) out[slot::thumb_abduction] = 20;
     }
-    out[0] = Curve3{-20, -60, scale(0.5), affine(0.4, -5.0), unchanged}(out[0]);
-    if (out[0] < -90) out[0] = -90;
-    out[1] = Curve3{-20, -60, scale(1.2), affine(0.6, -20.0), affine(1.0, 4.0)}(out[1]);
-    if (out[1] > 0) out[1] = 0;
-    if (out[1] < -90) out[1] = -90;
+    out[slot::thumb_base] = Curve3{-20, -60, scale(0.5), affine(0.4, -5.0), unchanged}(out[slot::thumb_base]);
+    if (out[slot::thumb_base] < -90) out[slot::thumb_base] = -90;
+    out[slot::thumb_proximal] = Curve3{-20, -60, scale(1.2), affine(0.6, -20.0), affine(1.0, 4.0)}(out[slot::thumb_proximal]);
+    if (out[slot::thumb_proximal] > 0) out[slot::thumb_proximal] = 0;
+    if (out[slot::thumb_proximal] < -90) out[slot::thumb_proximal] = -90;
     // The tip keeps its row value through all its bands; it only stops at -75.
-    if (out[2] < -75) out[2] = -75;
-    out[20] = out[20] * (out[20] > -15 ? swing.near_open : swing.beyond);
-    if (out[20] < -45) {
-        out[20] = -45;
-        if (out[1] < -44) out[1] = -44;
-        if (out[0] < -49) out[0] = -49;
+    if (out[slot::thumb_distal] < -75) out[slot::thumb_distal] = -75;
+    out[slot::thumb_rotation] = out[slot::thumb_rotation] * (out[slot::thumb_rotation] > -15 ? swing.near_open : swing.beyond);
+    if (out[slot::thumb_rotation] < -45) {
+        out[slot::thumb_rotation] = -45;
+        if (out[slot::thumb_proximal] < -44) out[slot::thumb_proximal] = -44;
+        if (out[slot::thumb_base] < -49) out[slot::thumb_base] = -49;
     }
-    out[3] = out[20] * (-0.5) - 0.15 * out[2];
+    out[slot::thumb_abduction] = out[slot::thumb_rotation] * (-0.5) - 0.15 * out[slot::thumb_distal];
 }
 
 // Finger slots out[5..19]: each spread joint capped and closed by its finger's bend, the
@@ -60,57 +61,57 @@ inline void couple_fingers(TargetArray& out) {
     const Curve3 second_slot{-15, -70, scale(1.25), scale(0.9), unchanged};
 
     // Index
-    if (out[7] > 30) out[7] = 30;
-    close_spread(out[7], out[5], 0.15);
-    out[6] = out[6] * 0.9;
-    out[5] = Curve3{-10, -60, unchanged, affine(0.5, -10.0), scale(1.1)}(out[5]);
-    if (out[5] < -100) out[5] = -100;
+    if (out[slot::index_spread] > 30) out[slot::index_spread] = 30;
+    close_spread(out[slot::index_spread], out[slot::index_distal], 0.15);
+    out[slot::index_proximal] = out[slot::index_proximal] * 0.9;
+    out[slot::index_distal] = Curve3{-10, -60, unchanged, affine(0.5, -10.0), scale(1.1)}(out[slot::index_distal]);
+    if (out[slot::index_distal] < -100) out[slot::index_distal] = -100;
     // Middle: no spread sensor, it follows the index and ring spreads.
-    out[11] = out[7] * 0.24 - 0.32 * out[15];
-    out[10] = out[10] * 0.9;
-    if (out[10] < -100) out[10] = -100;
-    out[9] = second_slot(out[9]);
-    if (out[9] < -100) out[9] = -100;
+    out[slot::middle_spread] = out[slot::index_spread] * 0.24 - 0.32 * out[slot::ring_spread];
+    out[slot::middle_proximal] = out[slot::middle_proximal] * 0.9;
+    if (out[slot::middle_proximal] < -100) out[slot::middle_proximal] = -100;
+    out[slot::middle_distal] = second_slot(out[slot::middle_distal]);
+    if (out[slot::middle_distal] < -100) out[slot::middle_distal] = -100;
     // Ring
-    if (out[15] > 20) out[15] = 20;
-    close_spread(out[15], out[13], 0.15);
-    out[14] = out[14] * 0.9;
-    if (out[14] < -100) out[14] = -100;
-    out[13] = second_slot(out[13]);
-    if (out[13] < -100) out[13] = -100;
+    if (out[slot::ring_spread] > 20) out[slot::ring_spread] = 20;
+    close_spread(out[slot::ring_spread], out[slot::ring_distal], 0.15);
+    out[slot::ring_proximal] = out[slot::ring_proximal] * 0.9;
+    if (out[slot::ring_proximal] < -100) out[slot::ring_proximal] = -100;
+    out[slot::ring_distal] = second_slot(out[slot::ring_distal]);
+    if (out[slot::ring_distal] < -100) out[slot::ring_distal] = -100;
     // Little
-    if (out[19] > 30) out[19] = 30;
-    if (out[19] < 7) {
-        out[19] = out[19] * 1.5;
+    if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
+    if (out[slot::little_spread] < 7) {
+        out[slot::little_spread] = out[slot::little_spread] * 1.5;
     } else {
-        out[19] = out[19] + 3.5;
-        if (out[19] > 30) out[19] = 30;
+        out[slot::little_spread] = out[slot::little_spread] + 3.5;
+        if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
     }
-    close_spread(out[19], out[17], 0.25);
-    out[18] = out[18] * 0.95;
-    if (out[18] < -84) out[18] = -84;
-    close_spread(out[19], out[18], 0.8, -5);
+    close_spread(out[slot::little_spread], out[slot::little_distal], 0.25);
+    out[slot::little_proximal] = out[slot::little_proximal] * 0.95;
+    if (out[slot::little_proximal] < -84) out[slot::little_proximal] = -84;
+    close_spread(out[slot::little_spread], out[slot::little_proximal], 0.8, -5);
 }
 
 // A closing fist: with the middle finger deep, the ring and little knuckles are doubled and
 // tripled (floored at -81 and -100); with the middle deeper still, the index knuckle follows at
 // 1.5 (floored at -81).
 inline void deepen_fist(TargetArray& out) {
-    if (out[10] <= -65 && out[14] <= -25 && out[18] <= -15) {
-        out[14] = 2 * out[14] < -81 ? -81 : 2 * out[14];
-        out[18] = 3 * out[18] < -100 ? -100 : 3 * out[18];
+    if (out[slot::middle_proximal] <= -65 && out[slot::ring_proximal] <= -25 && out[slot::little_proximal] <= -15) {
+        out[slot::ring_proximal] = 2 * out[slot::ring_proximal] < -81 ? -81 : 2 * out[slot::ring_proximal];
+        out[slot::little_proximal] = 3 * out[slot::little_proximal] < -100 ? -100 : 3 * out[slot::little_proximal];
     }
-    if (out[10] <= -70 && out[6] <= -30) out[6] = 1.5 * out[6] < -81 ? -81 : 1.5 * out[6];
+    if (out[slot::middle_proximal] <= -70 && out[slot::index_proximal] <= -30) out[slot::index_proximal] = 1.5 * out[slot::index_proximal] < -81 ? -81 : 1.5 * out[slot::index_proximal];
 }
 
-// While the index is not fully bent (out[6] above `index_gate`), each of the middle and ring
+// While the index is not fully bent (out[slot::index_proximal] above `index_gate`), each of the middle and ring
 // fingers bent past -70 takes `step` off the thumb swing, so the thumb tucks in less over a fist.
 inline void ease_thumb_swing(TargetArray& out, double index_gate, double step) {
-    if (out[6] > index_gate) {
+    if (out[slot::index_proximal] > index_gate) {
         double f = 1.0;
-        if (out[10] < -70) f = f - step;
-        if (out[14] < -70) f = f - step;
-        out[20] = out[20] * f;
+        if (out[slot::middle_proximal] < -70) f = f - step;
+        if (out[slot::ring_proximal] < -70) f = f - step;
+        out[slot::thumb_rotation] = out[slot::thumb_rotation] * f;
     }
 }
 

@@ -6,6 +6,7 @@
 
 #include "core/finger_coupling.h"
 #include "core/records.h"
+#include "core/slots.h"
 #include "core/spread_coupling.h"
 
 namespace quil {
@@ -24,10 +25,10 @@ struct ThumbTurningSpreads {
 inline void couple_spreads_turning_thumb(TargetArray& out, const ThumbTurningSpreads& s) {
     cap_spreads(out, s.caps);
     rotate_thumb_with_little_spread(out, s.thumb_turn);
-    reshape_little_spread(out[19], s.little);
-    close_spread(out[7], out[5], s.index_close);
-    close_spread(out[15], out[13], s.ring_close);
-    close_spread(out[19], out[17], s.little_close);
+    reshape_little_spread(out[slot::little_spread], s.little);
+    close_spread(out[slot::index_spread], out[slot::index_distal], s.index_close);
+    close_spread(out[slot::ring_spread], out[slot::ring_distal], s.ring_close);
+    close_spread(out[slot::little_spread], out[slot::little_distal], s.little_close);
     spread_middle_from_neighbours(out, s.middle_from_index, s.middle_from_ring);
 }
 

@@ -8,10 +8,11 @@
 #include "core/curves.h"
 #include "core/finger_remap.h"
 #include "core/records.h"
+#include "core/slots.h"
 
 namespace quil {
 
-// The thumb tip (out[2]) and how it drags the thumb base joints (out[0], out[1]).
+// The thumb tip (out[slot::thumb_distal]) and how it drags the thumb base joints (out[slot::thumb_base], out[slot::thumb_proximal]).
 struct ThumbTipLinkage {
     Curve3 curve;
     double floor;     // end stop of the tip
@@ -21,15 +22,15 @@ struct ThumbTipLinkage {
 };
 
 inline void bend_thumb_tip(TargetArray& out, const ThumbTipLinkage& t) {
-    out[2] = t.curve(out[2]);
-    if (out[2] < t.floor) out[2] = t.floor;
-    if (out[2] < t.knee) {
-        out[1] = out[1] - out[2] * t.gain - t.offset;
-        out[0] = out[0] - out[2] * t.gain - t.offset;
+    out[slot::thumb_distal] = t.curve(out[slot::thumb_distal]);
+    if (out[slot::thumb_distal] < t.floor) out[slot::thumb_distal] = t.floor;
+    if (out[slot::thumb_distal] < t.knee) {
+        out[slot::thumb_proximal] = out[slot::thumb_proximal] - out[slot::thumb_distal] * t.gain - t.offset;
+        out[slot::thumb_base] = out[slot::thumb_base] - out[slot::thumb_distal] * t.gain - t.offset;
     }
 }
 
-// The thumb's first joint (out[1]), the index knuckle (out[5]) and the four fingers' proximal
+// The thumb's first joint (out[slot::thumb_proximal]), the index knuckle (out[slot::index_distal]) and the four fingers' proximal
 // (6, 10, 14, 18) and distal (9, 13, 17) slots, each through its curve and floored.
 struct JointLinkages {
     Curve3 thumb_base;
@@ -40,11 +41,11 @@ struct JointLinkages {
 };
 
 inline void remap_joint_linkages(TargetArray& out, const JointLinkages& l) {
-    out[1] = l.thumb_base(out[1]);
-    if (out[1] < l.thumb_base_floor) out[1] = l.thumb_base_floor;
-    out[5] = l.index_knuckle(out[5]);
-    if (out[5] < l.index_knuckle_floor) out[5] = l.index_knuckle_floor;
-    l.fingers.apply(out, {6, 10, 14, 18}, {9, 13, 17});
+    out[slot::thumb_proximal] = l.thumb_base(out[slot::thumb_proximal]);
+    if (out[slot::thumb_proximal] < l.thumb_base_floor) out[slot::thumb_proximal] = l.thumb_base_floor;
+    out[slot::index_distal] = l.index_knuckle(out[slot::index_distal]);
+    if (out[slot::index_distal] < l.index_knuckle_floor) out[slot::index_distal] = l.index_knuckle_floor;
+    l.fingers.apply(out, {slot::index_proximal, slot::middle_proximal, slot::ring_proximal, slot::little_proximal}, {slot::middle_distal, slot::ring_distal, slot::little_distal});
 }
 
 }  // namespace quil

@@ -79,16 +79,16 @@ constexpr ruiyan_chain::FistGains kFistGains{double(1.15f), double(0.7f)};
 void joint_chain(TargetArray& out) {
     ruiyan_chain::rotation_from_tip(out);
     // The rotation also leans on thumb slots 1 and 2 directly.
-    out[3] = out[3] * 0.3 - double(0.2f) * out[2] - double(0.3f) * out[1];
-    if (out[3] < 0) out[3] = 0;
-    if (out[3] > 30) out[3] = 30;
+    out[slot::thumb_abduction] = out[slot::thumb_abduction] * 0.3 - double(0.2f) * out[slot::thumb_distal] - double(0.3f) * out[slot::thumb_proximal];
+    if (out[slot::thumb_abduction] < 0) out[slot::thumb_abduction] = 0;
+    if (out[slot::thumb_abduction] > 30) out[slot::thumb_abduction] = 30;
     // Thumb roll, base and tip bands; the thumb spread stops at -45 and then holds base and roll
     // back, since a fully rotated thumb would otherwise collide with the palm.
     ruiyan_chain::thumb_joints(out, kChain);
     ruiyan_chain::fingers(out, kChain);
     // The index's proximal joint also stops at -100 (nothing in the fingers' step reads it
     // after its gain).
-    floor_at(out, 6, -100);
+    floor_at(out, slot::index_proximal, -100);
     // A deeply bent middle finger drags the ring and little fingers, and the index, along; with
     // the index not past its pinch window, each fully bent neighbour eases the thumb spread.
     ruiyan_chain::neighbour_drag(out);
@@ -101,33 +101,33 @@ void joint_chain(TargetArray& out) {
 void index_pinch(TargetArray& out, bool& held) {
     const bool in_window = index_in_band(out, kIndexActive);
     const bool reaching = index_reaches(out, kThumbActive, kIndexActive);
-    if (!(out[20] >= -20 && (in_window || reaching))) return;
+    if (!(out[slot::thumb_rotation] >= -20 && (in_window || reaching))) return;
     if (held) {
-        out[6] = pinch_toward(out[6], -41, 0.5f, 10.0f);
-        out[2] = pinch_toward(out[2] * double(1.2f), -51, 0.8f, 25.0f);
-        held = out[6] <= kIndexRelease[0] && out[2] <= kIndexRelease[1];
+        out[slot::index_proximal] = pinch_toward(out[slot::index_proximal], -41, 0.5f, 10.0f);
+        out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.2f), -51, 0.8f, 25.0f);
+        held = out[slot::index_proximal] <= kIndexRelease[0] && out[slot::thumb_distal] <= kIndexRelease[1];
     } else {
-        out[6] = pinch_toward(out[6], -41, 0.15f, 0.0f);
-        out[2] = pinch_toward(out[2] * 1.25, -51, 0.7f, 0.0f);
+        out[slot::index_proximal] = pinch_toward(out[slot::index_proximal], -41, 0.15f, 0.0f);
+        out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * 1.25, -51, 0.7f, 0.0f);
     }
-    out[1] = 0; out[20] = 15; out[3] = 16;
-    if (out[6] <= -41 && out[2] <= -51) held = true;
+    out[slot::thumb_proximal] = 0; out[slot::thumb_rotation] = 15; out[slot::thumb_abduction] = 16;
+    if (out[slot::index_proximal] <= -41 && out[slot::thumb_distal] <= -51) held = true;
 }
 
 // Middle pinch: the middle finger bent with the little finger still open. Returns whether it
 // acted; the ring pinch is only tried when it did not.
 bool middle_pinch(TargetArray& out, bool& held) {
-    if (!(out[10] < -40 && out[18] > -40)) return false;
+    if (!(out[slot::middle_proximal] < -40 && out[slot::little_proximal] > -40)) return false;
     if (held) {
-        out[2] = pinch_toward(out[2], -53, 0.5f, 10.0f);
-        out[10] = pinch_toward(out[10], -44, 0.8f, 15.0f);
-        held = out[10] <= kMiddleRelease[0] && out[2] <= kMiddleRelease[1];
+        out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal], -53, 0.5f, 10.0f);
+        out[slot::middle_proximal] = pinch_toward(out[slot::middle_proximal], -44, 0.8f, 15.0f);
+        held = out[slot::middle_proximal] <= kMiddleRelease[0] && out[slot::thumb_distal] <= kMiddleRelease[1];
     } else {
-        out[2] = pinch_toward(out[2] * double(1.1f), -53, 0.4f, 0.0f);
-        out[10] = pinch_toward(out[10], -44, 0.4f, 0.0f);
+        out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.1f), -53, 0.4f, 0.0f);
+        out[slot::middle_proximal] = pinch_toward(out[slot::middle_proximal], -44, 0.4f, 0.0f);
     }
-    out[1] = 0; out[20] = 21; out[3] = 19;
-    if (out[10] <= -44 && out[2] <= -53) held = true;
+    out[slot::thumb_proximal] = 0; out[slot::thumb_rotation] = 21; out[slot::thumb_abduction] = 19;
+    if (out[slot::middle_proximal] <= -44 && out[slot::thumb_distal] <= -53) held = true;
     return true;
 }
 
@@ -137,17 +137,17 @@ void pinch_assist(TargetArray& out, bool* pinch_done) {
     if (!thumb_active(out, kThumbActive)) return;
     index_pinch(out, pinch_done[0]);
     const bool middle = middle_pinch(out, pinch_done[1]);
-    if (!middle && out[6] > -40 && out[10] > -40 && out[14] < -30 && out[18] > -40) {
-        out[1] = -36;
-        out[2] = pinch_toward(out[2] * double(1.1f), -55, 0.2f, 0.0f);
-        out[20] = 26; out[3] = 24;
-        out[14] = pinch_toward(out[14] * double(1.2f), -50, 0.2f, 0.0f);
+    if (!middle && out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] < -30 && out[slot::little_proximal] > -40) {
+        out[slot::thumb_proximal] = -36;
+        out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.1f), -55, 0.2f, 0.0f);
+        out[slot::thumb_rotation] = 26; out[slot::thumb_abduction] = 24;
+        out[slot::ring_proximal] = pinch_toward(out[slot::ring_proximal] * double(1.2f), -50, 0.2f, 0.0f);
     }
-    if (out[6] > -40 && out[10] > -40 && out[14] > -30 && out[18] < -35) {
-        out[1] = -36;
-        out[2] = pinch_toward(out[2] * double(1.2f), -55, 0.2f, 0.0f);
-        out[20] = 34; out[3] = 26;
-        out[18] = pinch_toward(out[18] * 1.5, -66, 0.2f, 0.0f);
+    if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -30 && out[slot::little_proximal] < -35) {
+        out[slot::thumb_proximal] = -36;
+        out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.2f), -55, 0.2f, 0.0f);
+        out[slot::thumb_rotation] = 34; out[slot::thumb_abduction] = 26;
+        out[slot::little_proximal] = pinch_toward(out[slot::little_proximal] * 1.5, -66, 0.2f, 0.0f);
     }
 }
 
@@ -160,11 +160,11 @@ quil::TargetArray quil::hands::AgiBot_OmniHand_O10(const InputAngles& in, const 
     joint_chain(out);
     pinch_assist(out, memory.fingerPinchDone);
     // A little finger that bends with the middle and ring fingers closes further.
-    if (out[10] <= -60 && out[14] <= -60 && out[18] <= -15) {
-        out[18] = 3 * out[18];
-        floor_at(out, 18, -100);
+    if (out[slot::middle_proximal] <= -60 && out[slot::ring_proximal] <= -60 && out[slot::little_proximal] <= -15) {
+        out[slot::little_proximal] = 3 * out[slot::little_proximal];
+        floor_at(out, slot::little_proximal, -100);
     }
-    out[23] = -1.0;
+    out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);
     return out;
 }

@@ -68,58 +68,58 @@ quil::TargetArray quil::hands::BrainCo_Revo1(const InputAngles& in, const Memory
     TargetArray out;
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
-    if (out[7] > 25) out[7] = 25;
-    if (out[15] > 15) out[15] = 15;
-    if (out[19] > 35) out[19] = 35;
+    if (out[slot::index_spread] > 25) out[slot::index_spread] = 25;
+    if (out[slot::ring_spread] > 15) out[slot::ring_spread] = 15;
+    if (out[slot::little_spread] > 35) out[slot::little_spread] = 35;
     // The ring spread may not open wider than the little finger's.
-    if (out[15] > out[19]) out[15] = out[19];
+    if (out[slot::ring_spread] > out[slot::little_spread]) out[slot::ring_spread] = out[slot::little_spread];
     // A wide little-finger spread turns the thumb rotation out with it.
-    if (out[19] > 5) {
-        out[3] = 1.3 * (out[19] - 5.0) + out[3];
-        if (out[3] > 35) out[3] = 35;
+    if (out[slot::little_spread] > 5) {
+        out[slot::thumb_abduction] = 1.3 * (out[slot::little_spread] - 5.0) + out[slot::thumb_abduction];
+        if (out[slot::thumb_abduction] > 35) out[slot::thumb_abduction] = 35;
     }
-    if (out[19] < 7) {
-        out[19] = out[19] * 3.0;
+    if (out[slot::little_spread] < 7) {
+        out[slot::little_spread] = out[slot::little_spread] * 3.0;
     } else {
-        out[19] = out[19] + 14.0;
-        if (out[19] > 35) out[19] = 35;
+        out[slot::little_spread] = out[slot::little_spread] + 14.0;
+        if (out[slot::little_spread] > 35) out[slot::little_spread] = 35;
     }
-    close_spread(out[7], out[5], 0.15);
-    close_spread(out[15], out[13], 0.15);
-    close_spread(out[19], out[17], 0.25);
+    close_spread(out[slot::index_spread], out[slot::index_distal], 0.15);
+    close_spread(out[slot::ring_spread], out[slot::ring_distal], 0.15);
+    close_spread(out[slot::little_spread], out[slot::little_distal], 0.25);
     // The middle finger has no spread sensor: it sits between the index and ring spreads.
-    out[11] = out[7] * 0.24 - 0.32 * out[15];
+    out[slot::middle_spread] = out[slot::index_spread] * 0.24 - 0.32 * out[slot::ring_spread];
 
-    out[1] = kThumbBase(out[1]);
-    if (out[1] < -27) out[1] = -27;
+    out[slot::thumb_proximal] = kThumbBase(out[slot::thumb_proximal]);
+    if (out[slot::thumb_proximal] < -27) out[slot::thumb_proximal] = -27;
     // The thumb tip is driven from the opposition row (slot 20). Whether the tip is still near
     // open is judged on the tip's own row; below that the opposition row picks the piece.
-    const double opposition = out[20];
-    if (out[2] > -20)
-        out[2] = opposition * 2.5;
+    const double opposition = out[slot::thumb_rotation];
+    if (out[slot::thumb_distal] > -20)
+        out[slot::thumb_distal] = opposition * 2.5;
     else if (opposition > -50)
-        out[2] = 1.5 * opposition - 20.0;
+        out[slot::thumb_distal] = 1.5 * opposition - 20.0;
     else
-        out[2] = opposition - 45.0;
-    if (out[2] < -90) out[2] = -90;
+        out[slot::thumb_distal] = opposition - 45.0;
+    if (out[slot::thumb_distal] < -90) out[slot::thumb_distal] = -90;
 
-    for (int i : {6, 10, 14, 18}) out[i] = at_least(kProximal(out[i]), kFingerStop);
-    close_spread(out[19], out[18], 0.8, -5);
+    for (int i : {slot::index_proximal, slot::middle_proximal, slot::ring_proximal, slot::little_proximal}) out[i] = at_least(kProximal(out[i]), kFingerStop);
+    close_spread(out[slot::little_spread], out[slot::little_proximal], 0.8, -5);
     follow_distal(out, 0.8);
 
     // Thumb on the index pad: a half-bent index meets a thumb well across the palm.
-    if (out[2] < -40 && out[6] < -30 && out[6] > -60) {
-        out[0] = -30;
-        out[2] = -90;
-        out[6] = -40;
+    if (out[slot::thumb_distal] < -40 && out[slot::index_proximal] < -30 && out[slot::index_proximal] > -60) {
+        out[slot::thumb_base] = -30;
+        out[slot::thumb_distal] = -90;
+        out[slot::index_proximal] = -40;
     }
     // Fist: three fingers past -55 close together to the stop, and the index with them.
-    if (out[10] < -55 && out[14] < -55 && out[18] < -55)
-        for (int i : {10, 14, 18}) out[i] = kFingerStop;
-    if (out[6] < -55 && out[10] < -55 && out[14] < -55 && out[18] < -55)
-        for (int i : {6, 10, 14, 18}) out[i] = kFingerStop;
+    if (out[slot::middle_proximal] < -55 && out[slot::ring_proximal] < -55 && out[slot::little_proximal] < -55)
+        for (int i : {slot::middle_proximal, slot::ring_proximal, slot::little_proximal}) out[i] = kFingerStop;
+    if (out[slot::index_proximal] < -55 && out[slot::middle_proximal] < -55 && out[slot::ring_proximal] < -55 && out[slot::little_proximal] < -55)
+        for (int i : {slot::index_proximal, slot::middle_proximal, slot::ring_proximal, slot::little_proximal}) out[i] = kFingerStop;
 
-    out[23] = -1.0;
+    out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);
     return out;
 }

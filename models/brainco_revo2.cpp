@@ -43,10 +43,10 @@ QUIL_DEFINE_COEFFICIENTS(BrainCo_Revo2, HAND_WEIGHT, HAND_W0)
 // factor -0.5 appears here as 0.5.
 constexpr quil::SlotRelation kAbductionFromRotation = [] {
     quil::SlotRelation r;
-    r.slot = 3;
-    r.source[0] = 20;
+    r.slot = quil::slot::thumb_abduction;
+    r.source[0] = quil::slot::thumb_rotation;
     r.scale[0] = 0.5;
-    r.source[1] = 2;
+    r.source[1] = quil::slot::thumb_distal;
     r.scale[1] = -0.15;
     r.lower = 0.0;
     r.upper = 30.0;
@@ -74,43 +74,43 @@ quil::TargetArray quil::hands::BrainCo_Revo2(const InputAngles& in, const Memory
     couple_thumb(out, ThumbSwingGains{double(0.3f), double(0.35f)});
     couple_fingers(out);
     // The rotation target stays within the joint's travel.
-    if (out[3] < 0) out[3] = 0;
-    if (out[3] > 30) out[3] = 30;
+    if (out[slot::thumb_abduction] < 0) out[slot::thumb_abduction] = 0;
+    if (out[slot::thumb_abduction] > 30) out[slot::thumb_abduction] = 30;
     deepen_fist(out);
     // A middle finger bent past -74 goes to its closed position, -81.
-    lock_full_bend(out, 9, 10, -74, -81);
+    lock_full_bend(out, slot::middle_distal, slot::middle_proximal, -74, -81);
     ease_thumb_swing(out, double(index_active_threshold.at_or_above), 0.05);
     // The first copies keep the row value, only never extending past straight.
-    for (int i : {4, 8, 12, 16})
+    for (int i : {slot::index_tip, slot::middle_tip, slot::ring_tip, slot::little_tip})
         if (out[i] > 0) out[i] = 0;
     // A little finger bent past -80 closes fully.
-    lock_full_bend(out, 17, 18, -80);
+    lock_full_bend(out, slot::little_distal, slot::little_proximal, -80);
 
     // Pinch assist. The index pinch and the middle pinch may both act; the middle one comes
     // second, so its thumb targets win. The ring pinch acts only without the middle one.
     if (thumb_active(out, thumb_active_threshold)) {
         if ((index_in_band(out, index_active_threshold) ||
              index_reaches(out, thumb_active_threshold, index_active_threshold)) &&
-            out[20] >= -25.0) {
-            out[2] = pinch_toward(out[2], -32, 0.4f);
-            out[20] = 8;
-            out[3] = 21;
-            out[6] = pinch_toward(out[6], -38, 0.15f);
+            out[slot::thumb_rotation] >= -25.0) {
+            out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal], -32, 0.4f);
+            out[slot::thumb_rotation] = 8;
+            out[slot::thumb_abduction] = 21;
+            out[slot::index_proximal] = pinch_toward(out[slot::index_proximal], -38, 0.15f);
         }
-        if (out[10] < -38.7 && out[18] > -40) {
-            out[2] = pinch_toward(out[2], -27, 0.2f);
-            out[20] = 20;
-            out[3] = 28;
-            out[10] = pinch_toward(out[10], -43, 0.2f);
-        } else if (out[6] > -40 && out[10] > -40 && out[14] < -30 && out[18] > -40) {
-            out[2] = pinch_toward(out[2] * double(1.1f), -28, 0.2f);
-            out[20] = 32;
-            out[3] = 30;
-            out[14] = pinch_toward(out[14] * double(1.2f), -45, 0.2f);
+        if (out[slot::middle_proximal] < -38.7 && out[slot::little_proximal] > -40) {
+            out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal], -27, 0.2f);
+            out[slot::thumb_rotation] = 20;
+            out[slot::thumb_abduction] = 28;
+            out[slot::middle_proximal] = pinch_toward(out[slot::middle_proximal], -43, 0.2f);
+        } else if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] < -30 && out[slot::little_proximal] > -40) {
+            out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.1f), -28, 0.2f);
+            out[slot::thumb_rotation] = 32;
+            out[slot::thumb_abduction] = 30;
+            out[slot::ring_proximal] = pinch_toward(out[slot::ring_proximal] * double(1.2f), -45, 0.2f);
         }
     }
 
-    out[23] = -1.0;
+    out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);
     return out;
 }

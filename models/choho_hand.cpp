@@ -45,50 +45,50 @@ void pinch(TargetArray& out, bool* done) {
     const bool thumb_active = quil::thumb_active(out, thumb_active_threshold);
     const bool index_in_band = quil::index_in_band(out, index_active_threshold);
     const bool index_near_thumb = index_reaches(out, thumb_active_threshold, index_active_threshold);
-    const bool thumb_not_spread = out[20] >= -20;
+    const bool thumb_not_spread = out[slot::thumb_rotation] >= -20;
 
     if (index.runs(thumb_active && (index_in_band || index_near_thumb) && thumb_not_spread,
                    thumb_active || index_in_band)) {
-        out[1] = -34;
-        out[20] = 9;
-        out[3] = 12;
-        out[5] = -51;
-        out[2] = pinch_toward(out[2] * double(1.15f), -64, 0.8f);
-        out[6] = pinch_toward(out[6], -50, 0.15f);
-        index.settle(out[6] <= -50 && out[2] <= -64, out[6] <= -35 && out[2] <= double(-44.8f));
+        out[slot::thumb_proximal] = -34;
+        out[slot::thumb_rotation] = 9;
+        out[slot::thumb_abduction] = 12;
+        out[slot::index_distal] = -51;
+        out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.15f), -64, 0.8f);
+        out[slot::index_proximal] = pinch_toward(out[slot::index_proximal], -50, 0.15f);
+        index.settle(out[slot::index_proximal] <= -50 && out[slot::thumb_distal] <= -64, out[slot::index_proximal] <= -35 && out[slot::thumb_distal] <= double(-44.8f));
     }
 
     // Read after the index pinch; the thumb's activity stays as it was before it.
-    const bool middle_in_band = out[10] < -49 && out[10] >= -75;
-    const bool middle_trigger = thumb_active && out[10] < -39.2 && out[18] > -40;
-    const bool little_in_band = out[18] < -39 && out[18] > -80;
+    const bool middle_in_band = out[slot::middle_proximal] < -49 && out[slot::middle_proximal] >= -75;
+    const bool middle_trigger = thumb_active && out[slot::middle_proximal] < -39.2 && out[slot::little_proximal] > -40;
+    const bool little_in_band = out[slot::little_proximal] < -39 && out[slot::little_proximal] > -80;
 
     if (middle.runs(middle_trigger, thumb_active || middle_in_band)) {
-        out[2] = pinch_toward(out[2] * double(1.1f), -68, 0.2f);
-        out[10] = pinch_toward(out[10], -49, 0.2f);
-        out[1] = -46;
-        out[20] = 9;
-        out[3] = 17;
-        out[9] = -56;
-        middle.settle(out[10] <= -49 && out[2] <= -68, out[10] <= double(-34.3f) && out[2] <= double(-47.6f));
-    } else if (thumb_active && out[6] > -40 && out[10] > -40 && out[14] < double(-39.2f) && out[18] > -40) {
+        out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.1f), -68, 0.2f);
+        out[slot::middle_proximal] = pinch_toward(out[slot::middle_proximal], -49, 0.2f);
+        out[slot::thumb_proximal] = -46;
+        out[slot::thumb_rotation] = 9;
+        out[slot::thumb_abduction] = 17;
+        out[slot::middle_distal] = -56;
+        middle.settle(out[slot::middle_proximal] <= -49 && out[slot::thumb_distal] <= -68, out[slot::middle_proximal] <= double(-34.3f) && out[slot::thumb_distal] <= double(-47.6f));
+    } else if (thumb_active && out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] < double(-39.2f) && out[slot::little_proximal] > -40) {
         // Ring pinch, only while its trigger holds.
-        out[1] = -36;
-        out[20] = 0;
-        out[3] = 16;
-        out[13] = 0;
-        out[2] = pinch_toward(out[2] * double(1.1f), -68, 0.5f);
-        out[14] = pinch_toward(out[14] * double(1.2f), -49, 0.2f);
+        out[slot::thumb_proximal] = -36;
+        out[slot::thumb_rotation] = 0;
+        out[slot::thumb_abduction] = 16;
+        out[slot::ring_distal] = 0;
+        out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.1f), -68, 0.5f);
+        out[slot::ring_proximal] = pinch_toward(out[slot::ring_proximal] * double(1.2f), -49, 0.2f);
     }
 
     // Little pinch, after either of the above; its thumb pose wins.
-    if (thumb_active && little_in_band && out[6] > -40 && out[10] > -40 && out[14] > -30) {
-        out[1] = 0;
-        out[20] = 2;
-        out[3] = 24;
-        out[17] = 0;
-        out[2] = pinch_toward(out[2] * double(1.1f), -72, 0.8f);
-        out[18] = pinch_toward(out[18] * double(1.2f), -52, 0.8f);
+    if (thumb_active && little_in_band && out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -30) {
+        out[slot::thumb_proximal] = 0;
+        out[slot::thumb_rotation] = 2;
+        out[slot::thumb_abduction] = 24;
+        out[slot::little_distal] = 0;
+        out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.1f), -72, 0.8f);
+        out[slot::little_proximal] = pinch_toward(out[slot::little_proximal] * double(1.2f), -52, 0.8f);
     }
 }
 
@@ -105,7 +105,7 @@ quil::TargetArray quil::hands::CHOHO_Hand(const InputAngles& in, const MemoryRef
     ruiyan_chain::fist_boost(out, kAlwaysBoost, kFistGains);
     ruiyan_chain::distal_and_full_bend(out, /*lock_little=*/true);
     pinch(out, memory.fingerPinchDone);
-    out[23] = -1.0;
+    out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);
     return out;
 }

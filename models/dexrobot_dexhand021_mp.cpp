@@ -47,14 +47,14 @@ namespace {
 
 using namespace quil;
 
-// Proximal joints (out[5], out[9], out[13], out[17]): doubled at first, flat through mid-bend,
+// Proximal joints (out[slot::index_distal], out[slot::middle_distal], out[slot::ring_distal], out[slot::little_distal]): doubled at first, flat through mid-bend,
 // steep again towards the fist.
 constexpr Curve3 kProximal{-15.0, -60.0, scale(2.0), affine(0.3, -25.5), affine(1.5, 46.5)};
-// Middle joints of the middle and little fingers (out[10], out[18]).
+// Middle joints of the middle and little fingers (out[slot::middle_proximal], out[slot::little_proximal]).
 constexpr Curve3 kMiddleJoint{-25.0, -60.0, scale(2.0), affine(0.4, -40.0), affine(1.0, -4.0)};
-// The index middle joint (out[6]) has its own knees.
+// The index middle joint (out[slot::index_proximal]) has its own knees.
 constexpr Curve3 kIndexMiddleJoint{-30.0, -70.0, scale(2.0), affine(0.3, -51.0), affine(1.0, -2.0)};
-// The thumb swing (out[20]).
+// The thumb swing (out[slot::thumb_rotation]).
 constexpr Curve3 kThumbSwing{-20.0, -40.0, scale(2.0), affine(1.0, -20.0), scale(1.5)};
 
 void shape(double& v, const Curve3& curve) {
@@ -117,7 +117,7 @@ constexpr PinchPose kPinchPoses[] = {
 constexpr double kPinchSwing = -35.0;
 
 void apply_pinch_poses(TargetArray& out) {
-    if (!(out[20] < kPinchSwing)) return;
+    if (!(out[slot::thumb_rotation] < kPinchSwing)) return;
     for (const PinchPose& pose : kPinchPoses) {
         bool all = true;
         for (int n = 0; n < pose.condition_count && all; ++n) all = pose.conditions[n].holds(out);
@@ -132,60 +132,60 @@ quil::TargetArray quil::hands::DexRobot_DexHand021_MP(const InputAngles& in, con
     TargetArray out;
     run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
 
-    if (out[0] < -78) out[0] = -78;
-    out[20] = kThumbSwing(out[20]);
-    if (out[20] < -120) out[20] = -120;
-    if (out[7] > 25) out[7] = 25;
-    if (out[15] > 15) out[15] = 15;
-    if (out[19] > 35) out[19] = 35;
+    if (out[slot::thumb_base] < -78) out[slot::thumb_base] = -78;
+    out[slot::thumb_rotation] = kThumbSwing(out[slot::thumb_rotation]);
+    if (out[slot::thumb_rotation] < -120) out[slot::thumb_rotation] = -120;
+    if (out[slot::index_spread] > 25) out[slot::index_spread] = 25;
+    if (out[slot::ring_spread] > 15) out[slot::ring_spread] = 15;
+    if (out[slot::little_spread] > 35) out[slot::little_spread] = 35;
     // The ring spread may not exceed the little finger's.
-    if (out[15] > out[19]) out[15] = out[19];
+    if (out[slot::ring_spread] > out[slot::little_spread]) out[slot::ring_spread] = out[slot::little_spread];
     // Spreading the little finger rotates the thumb base with it.
-    if (out[19] > 5) {
-        out[3] = out[3] + 1.3 * (out[19] - 5);
-        if (out[3] > 35) out[3] = 35;
+    if (out[slot::little_spread] > 5) {
+        out[slot::thumb_abduction] = out[slot::thumb_abduction] + 1.3 * (out[slot::little_spread] - 5);
+        if (out[slot::thumb_abduction] > 35) out[slot::thumb_abduction] = 35;
     }
-    if (out[19] < 7) {
-        out[19] = out[19] * 3;
+    if (out[slot::little_spread] < 7) {
+        out[slot::little_spread] = out[slot::little_spread] * 3;
     } else {
-        out[19] = out[19] + 14;
-        if (out[19] > 35) out[19] = 35;
+        out[slot::little_spread] = out[slot::little_spread] + 14;
+        if (out[slot::little_spread] > 35) out[slot::little_spread] = 35;
     }
-    close_spread(out[7], out[5], 0.15);
-    close_spread(out[15], out[13], 0.15);
-    close_spread(out[19], out[17], 0.25);
+    close_spread(out[slot::index_spread], out[slot::index_distal], 0.15);
+    close_spread(out[slot::ring_spread], out[slot::ring_distal], 0.15);
+    close_spread(out[slot::little_spread], out[slot::little_distal], 0.25);
     spread_middle_from_neighbours(out, 0.24, 0.32);
 
-    shape(out[5], kProximal);
-    shape(out[6], kIndexMiddleJoint);
-    shape(out[9], kProximal);
-    shape(out[10], kMiddleJoint);
-    shape(out[13], kProximal);
+    shape(out[slot::index_distal], kProximal);
+    shape(out[slot::index_proximal], kIndexMiddleJoint);
+    shape(out[slot::middle_distal], kProximal);
+    shape(out[slot::middle_proximal], kMiddleJoint);
+    shape(out[slot::ring_distal], kProximal);
     // The ring middle joint picks its mid-bend piece by the middle finger's middle joint, not by
     // its own value: the hand was tuned with this cross-read and keeps it.
-    if (out[14] > -25) {
-        out[14] = 2.0 * out[14];
-    } else if (out[10] > -60) {
-        out[14] = 0.4 * out[14] - 40;
+    if (out[slot::ring_proximal] > -25) {
+        out[slot::ring_proximal] = 2.0 * out[slot::ring_proximal];
+    } else if (out[slot::middle_proximal] > -60) {
+        out[slot::ring_proximal] = 0.4 * out[slot::ring_proximal] - 40;
     } else {
-        out[14] = out[14] - 4;
+        out[slot::ring_proximal] = out[slot::ring_proximal] - 4;
     }
-    if (out[14] < kFullyClosed) out[14] = kFullyClosed;
+    if (out[slot::ring_proximal] < kFullyClosed) out[slot::ring_proximal] = kFullyClosed;
     // While the little finger is not deeply bent its spread adds to its flexion.
-    if (out[18] > -50) {
-        out[17] = out[17] + out[19];
-        out[18] = out[18] + out[19];
-        if (out[17] > 0) out[17] = 0;
-        if (out[18] > 0) out[18] = 0;
+    if (out[slot::little_proximal] > -50) {
+        out[slot::little_distal] = out[slot::little_distal] + out[slot::little_spread];
+        out[slot::little_proximal] = out[slot::little_proximal] + out[slot::little_spread];
+        if (out[slot::little_distal] > 0) out[slot::little_distal] = 0;
+        if (out[slot::little_proximal] > 0) out[slot::little_proximal] = 0;
     }
-    shape(out[17], kProximal);
-    shape(out[18], kMiddleJoint);
+    shape(out[slot::little_distal], kProximal);
+    shape(out[slot::little_proximal], kMiddleJoint);
     follow_distal(out, 0.8);
-    for (int finger : {4, 8, 12, 16}) lock_full_bend(out, finger + 1, finger + 2, -80);
+    for (int finger : {slot::index_tip, slot::middle_tip, slot::ring_tip, slot::little_tip}) lock_full_bend(out, finger + 1, finger + 2, -80);
 
     apply_pinch_poses(out);
 
-    out[23] = -1.0;
+    out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);
     return out;
 }

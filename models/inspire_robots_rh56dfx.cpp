@@ -64,39 +64,39 @@ quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56DFX(const InputAngles& in, con
     TargetArray out;
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
-    if (out[1] < -60) out[1] = -60;
+    if (out[slot::thumb_proximal] < -60) out[slot::thumb_proximal] = -60;
     // The thumb tip barely moves in its first 20 and is geared steeply past that.
-    if (out[2] > -20) {
-        out[2] = 0.9 * out[2];
+    if (out[slot::thumb_distal] > -20) {
+        out[slot::thumb_distal] = 0.9 * out[slot::thumb_distal];
     } else {
-        out[2] = out[2] * 3.9 + 60;
+        out[slot::thumb_distal] = out[slot::thumb_distal] * 3.9 + 60;
     }
-    if (out[2] < -75) out[2] = -75;
+    if (out[slot::thumb_distal] < -75) out[slot::thumb_distal] = -75;
     // A tip bent past -50 pulls the thumb base in with it.
-    if (out[2] < -50) {
-        out[0] = out[0] - (out[2] * 0.2 + 10);
-        if (out[0] > 0) out[0] = 0;
+    if (out[slot::thumb_distal] < -50) {
+        out[slot::thumb_base] = out[slot::thumb_base] - (out[slot::thumb_distal] * 0.2 + 10);
+        if (out[slot::thumb_base] > 0) out[slot::thumb_base] = 0;
     }
 
     couple_spreads_turning_thumb(out, kSpreads);
 
-    out[5] = kIndexMiddle(out[5]);
-    if (out[5] < -100) out[5] = -100;
-    rescale_below(out[6], -40, 1.2, 8, -100);
-    rescale_below(out[10], -40, 1.2, 8, -100);
+    out[slot::index_distal] = kIndexMiddle(out[slot::index_distal]);
+    if (out[slot::index_distal] < -100) out[slot::index_distal] = -100;
+    rescale_below(out[slot::index_proximal], -40, 1.2, 8, -100);
+    rescale_below(out[slot::middle_proximal], -40, 1.2, 8, -100);
     // The ring finger is pulled along by the middle finger's bend.
-    pull_along(out[13], out[9], -7, 0.2);
-    pull_along(out[14], out[10], -5, 0.2);
-    rescale_below(out[13], -60, 0.85, -9, -100);
-    rescale_below(out[14], -40, 1.2, 8, -100);
-    rescale_below(out[17], -40, 0.88, -4.8, -100);
-    rescale_below(out[18], -40, 1.5, 20, -100);
-    close_spread(out[19], out[18], 0.8, -5);
+    pull_along(out[slot::ring_distal], out[slot::middle_distal], -7, 0.2);
+    pull_along(out[slot::ring_proximal], out[slot::middle_proximal], -5, 0.2);
+    rescale_below(out[slot::ring_distal], -60, 0.85, -9, -100);
+    rescale_below(out[slot::ring_proximal], -40, 1.2, 8, -100);
+    rescale_below(out[slot::little_distal], -40, 0.88, -4.8, -100);
+    rescale_below(out[slot::little_proximal], -40, 1.5, 20, -100);
+    close_spread(out[slot::little_spread], out[slot::little_proximal], 0.8, -5);
     follow_distal(out, 0.8);
 
-    out[23] = -1.0;
+    out[slot::terminator] = -1.0;
     // The thumb joints and the proximal finger joints have twice the glove's range.
-    for (int i : {0, 2, 6, 10, 14, 18}) out[i] = out[i] + out[i];
+    for (int i : {slot::thumb_base, slot::thumb_distal, slot::index_proximal, slot::middle_proximal, slot::ring_proximal, slot::little_proximal}) out[i] = out[i] + out[i];
     flip_thumb_and_index(out);
     return out;
 }

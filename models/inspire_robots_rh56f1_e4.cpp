@@ -56,7 +56,7 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
     const bool thumb_active = quil::thumb_active(out, kThumbActive);
     const bool index_in_band = quil::index_in_band(out, kIndexActive);
     const bool index_reach = index_reaches(out, kThumbActive, kIndexActive);
-    const bool rotation_open = out[20] >= -20;
+    const bool rotation_open = out[slot::thumb_rotation] >= -20;
 
     bool index_engaged = false;
     bool middle_engaged = false;
@@ -64,51 +64,51 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
     if ((thumb_active && (index_in_band || index_reach) && rotation_open) ||
         (latch[kIndex] && (thumb_active || index_in_band))) {
         index_engaged = true;
-        out[1] = 0;
-        if (out[6] < kIndexDeep) out[2] = thumb_ref;
-        out[2] = pinch_toward(out[2] * double(1.1f), -28, 0.8f, 0.0f);
-        out[20] = 15;
-        out[3] = 22;
-        out[5] = -44;
-        out[6] = pinch_toward(out[6], -41, 0.15f, 0.0f);
+        out[slot::thumb_proximal] = 0;
+        if (out[slot::index_proximal] < kIndexDeep) out[slot::thumb_distal] = thumb_ref;
+        out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.1f), -28, 0.8f, 0.0f);
+        out[slot::thumb_rotation] = 15;
+        out[slot::thumb_abduction] = 22;
+        out[slot::index_distal] = -44;
+        out[slot::index_proximal] = pinch_toward(out[slot::index_proximal], -41, 0.15f, 0.0f);
         if (latch[kIndex])
-            latch[kIndex] = out[6] <= kIndexRelease && out[2] <= kThumbReleaseIndex;
-        else if (out[6] <= -41 && out[2] <= -28)
+            latch[kIndex] = out[slot::index_proximal] <= kIndexRelease && out[slot::thumb_distal] <= kThumbReleaseIndex;
+        else if (out[slot::index_proximal] <= -41 && out[slot::thumb_distal] <= -28)
             latch[kIndex] = true;
     }
 
     // Uses the thumb state from before the index pinch moved the thumb.
-    if (thumb_active && out[10] < -34.4 && out[18] > -40) {
+    if (thumb_active && out[slot::middle_proximal] < -34.4 && out[slot::little_proximal] > -40) {
         middle_engaged = true;
-        if (out[10] < kIndexDeep) out[2] = thumb_ref;
-        out[2] = pinch_toward(out[2] * double(1.1f), -29, 0.2f, 0.0f);
-        out[10] = pinch_toward(out[10], -43, 0.2f, 0.0f);
-        out[1] = 0;
-        out[20] = 21;
-        out[3] = 25;
-        out[9] = -50;
-        if (out[10] <= -43 && out[2] <= -29) latch[kMiddle] = true;
+        if (out[slot::middle_proximal] < kIndexDeep) out[slot::thumb_distal] = thumb_ref;
+        out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.1f), -29, 0.2f, 0.0f);
+        out[slot::middle_proximal] = pinch_toward(out[slot::middle_proximal], -43, 0.2f, 0.0f);
+        out[slot::thumb_proximal] = 0;
+        out[slot::thumb_rotation] = 21;
+        out[slot::thumb_abduction] = 25;
+        out[slot::middle_distal] = -50;
+        if (out[slot::middle_proximal] <= -43 && out[slot::thumb_distal] <= -29) latch[kMiddle] = true;
     }
 
     // Index and middle both against the thumb: a tripod grip.
     if (index_engaged && middle_engaged) {
-        if (out[6] < kIndexDeep) out[2] = thumb_ref;
+        if (out[slot::index_proximal] < kIndexDeep) out[slot::thumb_distal] = thumb_ref;
         if (latch[kIndex] && latch[kMiddle]) {
-            out[6] = pinch_toward(out[6], -41, 0.5f, 10.0f);
-            out[10] = pinch_toward(out[10], -40, 0.5f, 10.0f);
-            out[2] = pinch_toward(out[2], -29, 0.8f, 15.0f);
-            latch[kIndex] = out[6] <= kIndexRelease && out[2] <= kThumbReleaseBoth;
-            latch[kMiddle] = out[10] <= -28 && out[2] <= kThumbReleaseBoth;
+            out[slot::index_proximal] = pinch_toward(out[slot::index_proximal], -41, 0.5f, 10.0f);
+            out[slot::middle_proximal] = pinch_toward(out[slot::middle_proximal], -40, 0.5f, 10.0f);
+            out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal], -29, 0.8f, 15.0f);
+            latch[kIndex] = out[slot::index_proximal] <= kIndexRelease && out[slot::thumb_distal] <= kThumbReleaseBoth;
+            latch[kMiddle] = out[slot::middle_proximal] <= -28 && out[slot::thumb_distal] <= kThumbReleaseBoth;
         } else {
-            out[6] = pinch_toward(out[6] * double(1.1f), -41, 0.4f, 0.0f);
-            out[10] = pinch_toward(out[10] * double(1.05f), -40, 0.4f, 0.0f);
-            out[2] = pinch_toward(out[2], -29, 0.4f, 0.0f);
+            out[slot::index_proximal] = pinch_toward(out[slot::index_proximal] * double(1.1f), -41, 0.4f, 0.0f);
+            out[slot::middle_proximal] = pinch_toward(out[slot::middle_proximal] * double(1.05f), -40, 0.4f, 0.0f);
+            out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal], -29, 0.4f, 0.0f);
         }
-        out[7] = 0;
-        out[20] = 0;
-        out[3] = 25;
-        if (out[6] <= -41 && out[2] <= -29) latch[kIndex] = true;
-        if (out[10] <= -40 && out[2] <= -29) latch[kMiddle] = true;
+        out[slot::index_spread] = 0;
+        out[slot::thumb_rotation] = 0;
+        out[slot::thumb_abduction] = 25;
+        if (out[slot::index_proximal] <= -41 && out[slot::thumb_distal] <= -29) latch[kIndex] = true;
+        if (out[slot::middle_proximal] <= -40 && out[slot::thumb_distal] <= -29) latch[kMiddle] = true;
     }
 }
 
@@ -123,13 +123,13 @@ quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56F1_E4(const InputAngles& in, c
     ruiyan_chain::fist_boost(out, kAlwaysBoost, kFistGains);
     // While the thumb is not rotated far across the palm, remember where its tip was, then
     // damp the tip.
-    if (out[3] <= 23) {
-        *memory.thumb1_ref_val = out[2];
-        out[2] = double(0.1f) * out[2];
+    if (out[slot::thumb_abduction] <= 23) {
+        *memory.thumb1_ref_val = out[slot::thumb_distal];
+        out[slot::thumb_distal] = double(0.1f) * out[slot::thumb_distal];
     }
     ruiyan_chain::distal_and_full_bend(out, /*lock_little=*/true);
     pinch(out, memory);
-    out[23] = -1.0;
+    out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);
     return out;
 }

@@ -20,13 +20,13 @@ using namespace quil;
 
 // The DH116's pinch window is wider than the O12's: a thumb at -30 on slot 1 already reaches.
 void pinch_poses(TargetArray& out) {
-    if (!(out[1] <= -30 && out[2] >= -80)) return;
-    if (out[6] <= -30 && out[6] >= -80) {
-        out[2] = -40; out[3] = 5; out[6] = -50;
+    if (!(out[slot::thumb_proximal] <= -30 && out[slot::thumb_distal] >= -80)) return;
+    if (out[slot::index_proximal] <= -30 && out[slot::index_proximal] >= -80) {
+        out[slot::thumb_distal] = -40; out[slot::thumb_abduction] = 5; out[slot::index_proximal] = -50;
     }
-    // An index pose leaves out[6] at -50, which keeps the middle pinch out of the same sample.
-    if (out[6] > -40 && out[10] <= -35 && out[18] > -40) {
-        out[2] = -39; out[3] = -16; out[10] = -53;
+    // An index pose leaves out[slot::index_proximal] at -50, which keeps the middle pinch out of the same sample.
+    if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] <= -35 && out[slot::little_proximal] > -40) {
+        out[slot::thumb_distal] = -39; out[slot::thumb_abduction] = -16; out[slot::middle_proximal] = -53;
     }
 }
 

@@ -1,7 +1,7 @@
 // LINKERBOT LinkerHand L10: the thumb and finger coupling chain with this hand's own coefficients,
 // a gain on the middle knuckle and the thumb swing, the distal slots following at 0.8, a
 // full-bend lock on every finger, and a pinch assist that closes the thumb onto any one of the
-// four fingers. Every pinch straightens the thumb's first joint (out[1] = 0): on this hand the
+// four fingers. Every pinch straightens the thumb's first joint (out[slot::thumb_proximal] = 0): on this hand the
 // pads meet with that joint open.
 //
 // The firmware tests the reading bounds itself, so a NaN reading is not caught: it saturates
@@ -71,58 +71,58 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L10(const InputAngles& in, c
     couple_thumb(out, ThumbSwingGains{0.3, 0.35});
     couple_fingers(out);
     // The rotation target stays within the joint's travel.
-    if (out[3] < 0) out[3] = 0;
-    if (out[3] > 30) out[3] = 30;
+    if (out[slot::thumb_abduction] < 0) out[slot::thumb_abduction] = 0;
+    if (out[slot::thumb_abduction] > 30) out[slot::thumb_abduction] = 30;
     deepen_fist(out);
     ease_thumb_swing(out, double(index_active_threshold.at_or_above), 0.075);
     // A gain on the middle knuckle, with the thumb swing taken back to 0.7. The bounds lie above
     // every knuckle's travel, so the gain applies on every sample.
-    if (out[6] <= 75 && out[10] <= 65 && out[14] <= 75 && out[18] <= 85) {
-        out[10] = out[10] * double(1.15f);
-        out[20] = out[20] * double(0.7f);
+    if (out[slot::index_proximal] <= 75 && out[slot::middle_proximal] <= 65 && out[slot::ring_proximal] <= 75 && out[slot::little_proximal] <= 85) {
+        out[slot::middle_proximal] = out[slot::middle_proximal] * double(1.15f);
+        out[slot::thumb_rotation] = out[slot::thumb_rotation] * double(0.7f);
     }
     follow_distal(out, 0.8);
     // The middle finger locks earlier and shallower than the others.
-    lock_full_bend(out, 5, 6, -90);
-    lock_full_bend(out, 9, 10, -74, -81);
-    lock_full_bend(out, 13, 14, -90);
-    lock_full_bend(out, 17, 18, -80);
+    lock_full_bend(out, slot::index_distal, slot::index_proximal, -90);
+    lock_full_bend(out, slot::middle_distal, slot::middle_proximal, -74, -81);
+    lock_full_bend(out, slot::ring_distal, slot::ring_proximal, -90);
+    lock_full_bend(out, slot::little_distal, slot::little_proximal, -80);
 
     // Pinch assist. The index pinch and one of the middle or ring pinches may act together, and
     // the little-finger pinch after them; the last to act sets the thumb targets.
     if (thumb_active(out, thumb_active_threshold)) {
         if ((index_in_band(out, index_active_threshold) ||
              index_reaches(out, thumb_active_threshold, index_active_threshold)) &&
-            out[20] >= -25) {
-            out[1] = 0;
-            out[2] = pinch_toward(out[2] * double(1.1f), -27, 0.5f);
-            out[20] = 27;
-            out[3] = 13;
-            out[6] = pinch_toward(out[6], -44, 0.15f);
+            out[slot::thumb_rotation] >= -25) {
+            out[slot::thumb_proximal] = 0;
+            out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.1f), -27, 0.5f);
+            out[slot::thumb_rotation] = 27;
+            out[slot::thumb_abduction] = 13;
+            out[slot::index_proximal] = pinch_toward(out[slot::index_proximal], -44, 0.15f);
         }
-        if (out[10] < -39.6 && out[18] > -40) {
-            out[1] = 0;
-            out[2] = pinch_toward(out[2] * double(1.1f), -40, 0.4f);
-            out[20] = 27;
-            out[3] = 18;
-            out[10] = pinch_toward(out[10], -44, 0.2f);
-        } else if (out[6] > -40 && out[10] > -40 && out[14] < -30 && out[18] > -40) {
-            out[1] = 0;
-            out[2] = pinch_toward(out[2] * double(1.1f), -40, 0.2f);
-            out[20] = 34;
-            out[3] = 21;
-            out[14] = pinch_toward(out[14] * double(1.2f), -44, 0.2f);
+        if (out[slot::middle_proximal] < -39.6 && out[slot::little_proximal] > -40) {
+            out[slot::thumb_proximal] = 0;
+            out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.1f), -40, 0.4f);
+            out[slot::thumb_rotation] = 27;
+            out[slot::thumb_abduction] = 18;
+            out[slot::middle_proximal] = pinch_toward(out[slot::middle_proximal], -44, 0.2f);
+        } else if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] < -30 && out[slot::little_proximal] > -40) {
+            out[slot::thumb_proximal] = 0;
+            out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.1f), -40, 0.2f);
+            out[slot::thumb_rotation] = 34;
+            out[slot::thumb_abduction] = 21;
+            out[slot::ring_proximal] = pinch_toward(out[slot::ring_proximal] * double(1.2f), -44, 0.2f);
         }
-        if (out[6] > -40 && out[10] > -40 && out[14] > -30 && out[18] < -35) {
-            out[1] = 0;
-            out[2] = pinch_toward(out[2] * double(1.2f), -38, 0.2f);
-            out[20] = 42;
-            out[3] = 22;
-            out[18] = pinch_toward(out[18] * 1.5, -55, 0.2f);
+        if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -30 && out[slot::little_proximal] < -35) {
+            out[slot::thumb_proximal] = 0;
+            out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.2f), -38, 0.2f);
+            out[slot::thumb_rotation] = 42;
+            out[slot::thumb_abduction] = 22;
+            out[slot::little_proximal] = pinch_toward(out[slot::little_proximal] * 1.5, -55, 0.2f);
         }
     }
 
-    out[23] = -1.0;
+    out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);
     return out;
 }

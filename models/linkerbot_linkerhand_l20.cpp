@@ -130,54 +130,54 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L20(const InputAngles& in, c
     run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
 
     cap_spreads(out, SpreadCaps{30, 15, 30});
-    reshape_little_spread(out[19], LittleSpreadGain{1.5, 3.5, 30});
+    reshape_little_spread(out[slot::little_spread], LittleSpreadGain{1.5, 3.5, 30});
     // Bending the index, ring and little fingers closes their spread.
-    close_spread(out[7], out[5], 0.15);
-    close_spread(out[15], out[13], 0.15);
-    close_spread(out[19], out[17], 0.25);
+    close_spread(out[slot::index_spread], out[slot::index_distal], 0.15);
+    close_spread(out[slot::ring_spread], out[slot::ring_distal], 0.15);
+    close_spread(out[slot::little_spread], out[slot::little_distal], 0.25);
     spread_middle_from_neighbours(out, 0.24, 0.32);
 
-    for (int i : {0, 1}) {
+    for (int i : {slot::thumb_base, slot::thumb_proximal}) {
         out[i] = kThumbBase(out[i]);
         if (out[i] < -90) out[i] = -90;
     }
-    out[20] = kThumbRotation(out[20]);
-    if (out[20] < -120) out[20] = -120;
+    out[slot::thumb_rotation] = kThumbRotation(out[slot::thumb_rotation]);
+    if (out[slot::thumb_rotation] < -120) out[slot::thumb_rotation] = -120;
 
-    bend_finger(out[5], kIndexMiddle);
-    bend_finger(out[6], kProximal);
-    bend_finger(out[9], kMiddle);
-    bend_finger(out[10], kProximal);
-    bend_finger(out[13], kMiddle);
-    bend_finger(out[14], kProximal);
+    bend_finger(out[slot::index_distal], kIndexMiddle);
+    bend_finger(out[slot::index_proximal], kProximal);
+    bend_finger(out[slot::middle_distal], kMiddle);
+    bend_finger(out[slot::middle_proximal], kProximal);
+    bend_finger(out[slot::ring_distal], kMiddle);
+    bend_finger(out[slot::ring_proximal], kProximal);
     // A spread little finger cannot bend as far: its spread eases both joints before they are
     // reshaped, and a deep proximal bend then closes the spread again.
-    out[17] = out[17] + out[19];
-    out[18] = out[18] + out[19];
-    if (out[17] > 0) out[17] = 0;
-    if (out[18] > 0) out[18] = 0;
-    bend_finger(out[17], kMiddle);
-    bend_finger(out[18], kProximal);
-    close_spread(out[19], out[18], 0.8, -5);
+    out[slot::little_distal] = out[slot::little_distal] + out[slot::little_spread];
+    out[slot::little_proximal] = out[slot::little_proximal] + out[slot::little_spread];
+    if (out[slot::little_distal] > 0) out[slot::little_distal] = 0;
+    if (out[slot::little_proximal] > 0) out[slot::little_proximal] = 0;
+    bend_finger(out[slot::little_distal], kMiddle);
+    bend_finger(out[slot::little_proximal], kProximal);
+    close_spread(out[slot::little_spread], out[slot::little_proximal], 0.8, -5);
 
     follow_distal(out, 0.8);
 
     // A finger bent nearly fully is driven fully closed; the little finger earlier.
-    if (out[6] < -90) out[5] = out[6] = -100;
-    if (out[10] < -90) out[9] = out[10] = -100;
-    if (out[14] < -90) out[13] = out[14] = -100;
-    if (out[18] < -80) out[17] = out[18] = -100;
+    if (out[slot::index_proximal] < -90) out[slot::index_distal] = out[slot::index_proximal] = -100;
+    if (out[slot::middle_proximal] < -90) out[slot::middle_distal] = out[slot::middle_proximal] = -100;
+    if (out[slot::ring_proximal] < -90) out[slot::ring_distal] = out[slot::ring_proximal] = -100;
+    if (out[slot::little_proximal] < -80) out[slot::little_distal] = out[slot::little_proximal] = -100;
 
     // Pinch poses need the thumb turned in toward the palm.
-    if (out[20] < -25) apply_pinch_poses(out);
+    if (out[slot::thumb_rotation] < -25) apply_pinch_poses(out);
 
     // All four fingers bent: they move as one, following the index.
-    if (out[6] < -50 && out[10] < -50 && out[14] < -50 && out[18] < -50) out[10] = out[14] = out[18] = out[6];
+    if (out[slot::index_proximal] < -50 && out[slot::middle_proximal] < -50 && out[slot::ring_proximal] < -50 && out[slot::little_proximal] < -50) out[slot::middle_proximal] = out[slot::ring_proximal] = out[slot::little_proximal] = out[slot::index_proximal];
     // A fist: every finger joint closes fully (the little finger needs less bend).
-    if (out[6] < -80 && out[10] < -80 && out[14] < -80 && out[18] < -70)
-        for (int i : {6, 10, 14, 18, 5, 9, 13, 17}) out[i] = -100;
+    if (out[slot::index_proximal] < -80 && out[slot::middle_proximal] < -80 && out[slot::ring_proximal] < -80 && out[slot::little_proximal] < -70)
+        for (int i : {slot::index_proximal, slot::middle_proximal, slot::ring_proximal, slot::little_proximal, slot::index_distal, slot::middle_distal, slot::ring_distal, slot::little_distal}) out[i] = -100;
 
-    out[23] = -1.0;
+    out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);
     return out;
 }

@@ -46,16 +46,16 @@ void shape(double& v, const Curve3& curve, double floor) {
 // its pinch target. The pinch rotation is set negative, so after the final mirror it comes out
 // positive where an unpinched rotation comes out negative.
 void pinch_assist(TargetArray& out) {
-    if (!(out[1] <= -30 && out[2] >= -70)) return;
-    if (out[6] <= -30 && out[6] >= -70) {
-        out[2] = -33;
-        out[3] = -13;
-        out[6] = -41;
+    if (!(out[slot::thumb_proximal] <= -30 && out[slot::thumb_distal] >= -70)) return;
+    if (out[slot::index_proximal] <= -30 && out[slot::index_proximal] >= -70) {
+        out[slot::thumb_distal] = -33;
+        out[slot::thumb_abduction] = -13;
+        out[slot::index_proximal] = -41;
     }
-    if (out[6] > -40 && out[10] <= -35 && out[18] > -40) {
-        out[2] = -33;
-        out[3] = -19;
-        out[10] = -43;
+    if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] <= -35 && out[slot::little_proximal] > -40) {
+        out[slot::thumb_distal] = -33;
+        out[slot::thumb_abduction] = -19;
+        out[slot::middle_proximal] = -43;
     }
 }
 
@@ -65,38 +65,38 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O6(const InputAngles& in, co
     TargetArray out;
     run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
 
-    kRotation.apply(out[3], out[2]);
-    if (out[7] > 30) out[7] = 30;
-    if (out[15] > 20) out[15] = 20;
-    if (out[19] > 30) out[19] = 30;
-    if (out[19] < 7) {
-        out[19] = out[19] * 1.5;
+    kRotation.apply(out[slot::thumb_abduction], out[slot::thumb_distal]);
+    if (out[slot::index_spread] > 30) out[slot::index_spread] = 30;
+    if (out[slot::ring_spread] > 20) out[slot::ring_spread] = 20;
+    if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
+    if (out[slot::little_spread] < 7) {
+        out[slot::little_spread] = out[slot::little_spread] * 1.5;
     } else {
-        out[19] = out[19] + 3.5;
-        if (out[19] > 30) out[19] = 30;
+        out[slot::little_spread] = out[slot::little_spread] + 3.5;
+        if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
     }
-    close_spread(out[7], out[5], 0.15);
-    close_spread(out[15], out[13], 0.15);
-    close_spread(out[19], out[17], 0.25);
+    close_spread(out[slot::index_spread], out[slot::index_distal], 0.15);
+    close_spread(out[slot::ring_spread], out[slot::ring_distal], 0.15);
+    close_spread(out[slot::little_spread], out[slot::little_distal], 0.25);
     spread_middle_from_neighbours(out, 0.24, 0.32);
 
-    shape(out[0], kThumbBase, -90);
-    out[1] = kThumbFirst(out[1]);
-    if (out[1] > 0) out[1] = 0;
-    if (out[1] < -60) out[1] = -60;
-    shape(out[2], kThumbTip, -75);
-    out[20] = kThumbSwing(out[20]);
+    shape(out[slot::thumb_base], kThumbBase, -90);
+    out[slot::thumb_proximal] = kThumbFirst(out[slot::thumb_proximal]);
+    if (out[slot::thumb_proximal] > 0) out[slot::thumb_proximal] = 0;
+    if (out[slot::thumb_proximal] < -60) out[slot::thumb_proximal] = -60;
+    shape(out[slot::thumb_distal], kThumbTip, -75);
+    out[slot::thumb_rotation] = kThumbSwing(out[slot::thumb_rotation]);
     kSwingStop.apply(out);
 
-    shape(out[6], kMiddleJoint, kFullyClosed);
-    shape(out[5], kIndexProximal, kFullyClosed);
-    shape(out[9], kMiddleProximal, kFullyClosed);
-    shape(out[10], kMiddleJoint, kFullyClosed);
-    shape(out[13], kRingProximal, kFullyClosed);
-    shape(out[14], kMiddleJoint, kFullyClosed);
+    shape(out[slot::index_proximal], kMiddleJoint, kFullyClosed);
+    shape(out[slot::index_distal], kIndexProximal, kFullyClosed);
+    shape(out[slot::middle_distal], kMiddleProximal, kFullyClosed);
+    shape(out[slot::middle_proximal], kMiddleJoint, kFullyClosed);
+    shape(out[slot::ring_distal], kRingProximal, kFullyClosed);
+    shape(out[slot::ring_proximal], kMiddleJoint, kFullyClosed);
     // The little finger's travel ends at -84; its bend closes its spread from -5 on.
-    shape(out[18], kLittleMiddleJoint, -84);
-    close_spread(out[19], out[18], 0.8, -5.0);
+    shape(out[slot::little_proximal], kLittleMiddleJoint, -84);
+    close_spread(out[slot::little_spread], out[slot::little_proximal], 0.8, -5.0);
 
     follow_distal(out, 0.8);
     // The little finger locks earlier (-80) than the others (-90).
@@ -104,7 +104,7 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O6(const InputAngles& in, co
 
     pinch_assist(out);
 
-    out[23] = -1.0;
+    out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);
     return out;
 }

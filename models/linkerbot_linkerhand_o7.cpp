@@ -43,11 +43,11 @@ void scale_and_floor(double& v, double gain, double floor) {
 }
 
 // Pinch gates: [0] the slot must be at or below, [1] at or above.
-constexpr ThresholdPair thumb_active_threshold{-40.0f, -75.0f};  // out[1] below, out[2] above
-constexpr ThresholdPair index_active_threshold{-40.0f, -75.0f};  // the index band on out[6]
+constexpr ThresholdPair thumb_active_threshold{-40.0f, -75.0f};  // out[slot::thumb_proximal] below, out[slot::thumb_distal] above
+constexpr ThresholdPair index_active_threshold{-40.0f, -75.0f};  // the index band on out[slot::index_proximal]
 
-// In a pinch the thumb tip is scaled by a gain but floored at the pinch depth, and out[20] and
-// out[3] go to the pinching finger's fixed targets. The finger is held no deeper than its own
+// In a pinch the thumb tip is scaled by a gain but floored at the pinch depth, and out[slot::thumb_rotation] and
+// out[slot::thumb_abduction] go to the pinching finger's fixed targets. The finger is held no deeper than its own
 // pinch depth.
 void pinch_assist(TargetArray& out) {
     if (!thumb_active(out, thumb_active_threshold)) return;
@@ -55,31 +55,31 @@ void pinch_assist(TargetArray& out) {
     // Index: inside its band, or close enough that thumb and index together reach the pinch.
     const bool in_band = index_in_band(out, index_active_threshold);
     const bool reaching = index_reaches(out, thumb_active_threshold, index_active_threshold);
-    if ((in_band || reaching) && out[20] >= -20) {
-        out[2] = pinch_floor(out[2] * double(1.3f), -58);
-        out[20] = -4;
-        out[3] = 30;
-        out[6] = pinch_floor(out[6], -40);
+    if ((in_band || reaching) && out[slot::thumb_rotation] >= -20) {
+        out[slot::thumb_distal] = pinch_floor(out[slot::thumb_distal] * double(1.3f), -58);
+        out[slot::thumb_rotation] = -4;
+        out[slot::thumb_abduction] = 30;
+        out[slot::index_proximal] = pinch_floor(out[slot::index_proximal], -40);
     }
 
-    if (out[6] > -40 && out[10] < -35 && out[18] > -40) {
-        out[2] = pinch_floor(out[2] * double(1.2f), -58);
-        out[20] = -11;
-        out[3] = 30;
-        out[10] = pinch_floor(out[10], -40);
-    } else if (out[6] > -40 && out[10] > -40 && out[14] < -30 && out[18] > -40) {
-        out[2] = pinch_floor(out[2] * double(1.1f), -57);
-        out[20] = -18;
-        out[3] = 30;
-        out[14] = pinch_floor(out[14] * double(1.2f), -41);
+    if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] < -35 && out[slot::little_proximal] > -40) {
+        out[slot::thumb_distal] = pinch_floor(out[slot::thumb_distal] * double(1.2f), -58);
+        out[slot::thumb_rotation] = -11;
+        out[slot::thumb_abduction] = 30;
+        out[slot::middle_proximal] = pinch_floor(out[slot::middle_proximal], -40);
+    } else if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] < -30 && out[slot::little_proximal] > -40) {
+        out[slot::thumb_distal] = pinch_floor(out[slot::thumb_distal] * double(1.1f), -57);
+        out[slot::thumb_rotation] = -18;
+        out[slot::thumb_abduction] = 30;
+        out[slot::ring_proximal] = pinch_floor(out[slot::ring_proximal] * double(1.2f), -41);
     }
 
-    // The little finger pinch turns the thumb the other way (out[3] comes out positive).
-    if (out[6] > -40 && out[10] > -40 && out[14] > -30 && out[18] < -35) {
-        out[2] = pinch_floor(out[2] * double(1.2f), -57);
-        out[20] = -27;
-        out[3] = -46;
-        out[18] = pinch_floor(out[18] * double(1.5f), -50);
+    // The little finger pinch turns the thumb the other way (out[slot::thumb_abduction] comes out positive).
+    if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -30 && out[slot::little_proximal] < -35) {
+        out[slot::thumb_distal] = pinch_floor(out[slot::thumb_distal] * double(1.2f), -57);
+        out[slot::thumb_rotation] = -27;
+        out[slot::thumb_abduction] = -46;
+        out[slot::little_proximal] = pinch_floor(out[slot::little_proximal] * double(1.5f), -50);
     }
 }
 
@@ -90,59 +90,59 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O7(const InputAngles& in, co
     out.fill(0.0);
     run_linear_stage<kStandardRows>(in, Clamp::passes_nan, tables, out);
 
-    kRotation.apply(out[3], out[2]);
+    kRotation.apply(out[slot::thumb_abduction], out[slot::thumb_distal]);
     // The rotation also follows the thumb tip and first joint directly.
-    out[3] = out[3] * 0.3 - double(0.2f) * out[2] - double(0.3f) * out[1];
-    if (out[3] < 0) out[3] = 0;
-    if (out[3] > 30) out[3] = 30;
-    out[0] = kThumbBase(out[0]);
-    if (out[0] < -90) out[0] = -90;
-    out[1] = kThumbFirst(out[1]);
-    if (out[1] > 0) out[1] = 0;
-    if (out[1] < -90) out[1] = -90;
-    out[2] = (out[2] * kTipOwnWeight + out[1] * (1.0 - kTipOwnWeight)) * double(0.9f);
-    if (out[2] < -75) out[2] = -75;
-    out[20] = kThumbSwing(out[20]);
+    out[slot::thumb_abduction] = out[slot::thumb_abduction] * 0.3 - double(0.2f) * out[slot::thumb_distal] - double(0.3f) * out[slot::thumb_proximal];
+    if (out[slot::thumb_abduction] < 0) out[slot::thumb_abduction] = 0;
+    if (out[slot::thumb_abduction] > 30) out[slot::thumb_abduction] = 30;
+    out[slot::thumb_base] = kThumbBase(out[slot::thumb_base]);
+    if (out[slot::thumb_base] < -90) out[slot::thumb_base] = -90;
+    out[slot::thumb_proximal] = kThumbFirst(out[slot::thumb_proximal]);
+    if (out[slot::thumb_proximal] > 0) out[slot::thumb_proximal] = 0;
+    if (out[slot::thumb_proximal] < -90) out[slot::thumb_proximal] = -90;
+    out[slot::thumb_distal] = (out[slot::thumb_distal] * kTipOwnWeight + out[slot::thumb_proximal] * (1.0 - kTipOwnWeight)) * double(0.9f);
+    if (out[slot::thumb_distal] < -75) out[slot::thumb_distal] = -75;
+    out[slot::thumb_rotation] = kThumbSwing(out[slot::thumb_rotation]);
     kSwingStop.apply(out);
 
-    if (out[7] > 30) out[7] = 30;
-    close_spread(out[7], out[5], 0.15);
-    scale_and_floor(out[6], 0.9, kFullyClosed);
-    out[5] = kIndexProximal(out[5]);
-    if (out[5] < kFullyClosed) out[5] = kFullyClosed;
+    if (out[slot::index_spread] > 30) out[slot::index_spread] = 30;
+    close_spread(out[slot::index_spread], out[slot::index_distal], 0.15);
+    scale_and_floor(out[slot::index_proximal], 0.9, kFullyClosed);
+    out[slot::index_distal] = kIndexProximal(out[slot::index_distal]);
+    if (out[slot::index_distal] < kFullyClosed) out[slot::index_distal] = kFullyClosed;
     spread_middle_from_neighbours(out, 0.24, 0.32);
-    scale_and_floor(out[10], 0.9, kFullyClosed);
-    out[9] = kFingerProximal(out[9]);
-    if (out[9] < kFullyClosed) out[9] = kFullyClosed;
-    if (out[15] > 20) out[15] = 20;
-    close_spread(out[15], out[13], 0.15);
-    scale_and_floor(out[14], 0.9, kFullyClosed);
-    out[13] = kFingerProximal(out[13]);
-    if (out[13] < kFullyClosed) out[13] = kFullyClosed;
-    if (out[19] > 30) out[19] = 30;
-    if (out[19] < 7) {
-        out[19] = out[19] * 1.5;
+    scale_and_floor(out[slot::middle_proximal], 0.9, kFullyClosed);
+    out[slot::middle_distal] = kFingerProximal(out[slot::middle_distal]);
+    if (out[slot::middle_distal] < kFullyClosed) out[slot::middle_distal] = kFullyClosed;
+    if (out[slot::ring_spread] > 20) out[slot::ring_spread] = 20;
+    close_spread(out[slot::ring_spread], out[slot::ring_distal], 0.15);
+    scale_and_floor(out[slot::ring_proximal], 0.9, kFullyClosed);
+    out[slot::ring_distal] = kFingerProximal(out[slot::ring_distal]);
+    if (out[slot::ring_distal] < kFullyClosed) out[slot::ring_distal] = kFullyClosed;
+    if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
+    if (out[slot::little_spread] < 7) {
+        out[slot::little_spread] = out[slot::little_spread] * 1.5;
     } else {
-        out[19] = out[19] + 3.5;
-        if (out[19] > 30) out[19] = 30;
+        out[slot::little_spread] = out[slot::little_spread] + 3.5;
+        if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
     }
-    close_spread(out[19], out[17], 0.25);
+    close_spread(out[slot::little_spread], out[slot::little_distal], 0.25);
     // The little finger's travel ends at -84; its bend closes its spread from -5 on.
-    scale_and_floor(out[18], 0.95, -84);
-    close_spread(out[19], out[18], 0.8, -5.0);
+    scale_and_floor(out[slot::little_proximal], 0.95, -84);
+    close_spread(out[slot::little_spread], out[slot::little_proximal], 0.8, -5.0);
     // With the middle finger deep and ring and little fingers following, the ring and little
     // middle joints are driven further closed.
-    if (out[10] <= -65 && out[14] <= -25 && out[18] <= -15) {
-        const double ring = 2 * out[14];
-        out[14] = ring < -81 ? -81.0 : ring;
-        const double little = 3 * out[18];
-        out[18] = little < -100 ? -100.0 : little;
+    if (out[slot::middle_proximal] <= -65 && out[slot::ring_proximal] <= -25 && out[slot::little_proximal] <= -15) {
+        const double ring = 2 * out[slot::ring_proximal];
+        out[slot::ring_proximal] = ring < -81 ? -81.0 : ring;
+        const double little = 3 * out[slot::little_proximal];
+        out[slot::little_proximal] = little < -100 ? -100.0 : little;
     }
-    lock_full_bend(out, 17, 18, -80);
+    lock_full_bend(out, slot::little_distal, slot::little_proximal, -80);
 
     pinch_assist(out);
 
-    out[23] = -1.0;
+    out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);
     return out;
 }

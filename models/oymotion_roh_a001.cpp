@@ -76,11 +76,11 @@ double thumb_rotation(double tip) {
 
 namespace {
 // The thumb rotation as drawn from the thumb tip, mirrored at the end like the slot itself.
-double rotation_from_tip_bands(const double* t) { return -thumb_rotation(t[2]); }
+double rotation_from_tip_bands(const double* t) { return -thumb_rotation(t[slot::thumb_distal]); }
 }  // namespace
 
 constexpr quil::SlotRelation kRotationFromTipBands = quil::follows_by_rule(
-    20, 2, rotation_from_tip_bands,
+    quil::slot::thumb_rotation, quil::slot::thumb_distal, rotation_from_tip_bands,
     "-(0.5 * slot 2) if slot 2 > -2; -(3 * slot 2 + 5) if > -12; -(slot 2 - 16) if > -15; "
     "else -(0.2 * slot 2 - 28)");
 // Finger tips at 0.8 of their distal joints, the middle spread set between the index and ring
@@ -93,31 +93,31 @@ quil::TargetArray quil::hands::OYMotion_ROH_A001(const InputAngles& in, const Me
     TargetArray out;
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
-    if (out[0] < -60) out[0] = -60;
-    out[1] = thumb_base(out[1], out[5]);
-    if (out[1] > 0) out[1] = 0;
-    if (out[1] < -60) out[1] = -60;
-    out[20] = thumb_rotation(out[2]);
-    if (out[2] < -70) out[2] = -70;
+    if (out[slot::thumb_base] < -60) out[slot::thumb_base] = -60;
+    out[slot::thumb_proximal] = thumb_base(out[slot::thumb_proximal], out[slot::index_distal]);
+    if (out[slot::thumb_proximal] > 0) out[slot::thumb_proximal] = 0;
+    if (out[slot::thumb_proximal] < -60) out[slot::thumb_proximal] = -60;
+    out[slot::thumb_rotation] = thumb_rotation(out[slot::thumb_distal]);
+    if (out[slot::thumb_distal] < -70) out[slot::thumb_distal] = -70;
 
     couple_spreads_turning_thumb(out, kSpreads);
 
-    out[5] = kIndexMiddle(out[5]);
-    if (out[5] < -100) out[5] = -100;
+    out[slot::index_distal] = kIndexMiddle(out[slot::index_distal]);
+    if (out[slot::index_distal] < -100) out[slot::index_distal] = -100;
     // The proximal joints of the index and middle fingers reach only -80.
-    rescale_below(out[6], -40, 1.25, 10, -80);
-    rescale_below(out[10], -20, 1.2, 4, -80);
+    rescale_below(out[slot::index_proximal], -40, 1.25, 10, -80);
+    rescale_below(out[slot::middle_proximal], -20, 1.2, 4, -80);
     // The ring finger is pulled along by the middle finger's bend.
-    pull_along(out[13], out[9], -7, 0.2);
-    pull_along(out[14], out[10], -5, 0.2);
-    rescale_below(out[13], -60, 0.85, -9, -100);
-    rescale_below(out[14], -60, 0.85, -9, -80);
-    rescale_below(out[17], -40, 0.88, -4.8, -100);
-    rescale_below(out[18], -40, 0.88, -4.8, -80);
-    close_spread(out[19], out[18], 0.8, -5);
+    pull_along(out[slot::ring_distal], out[slot::middle_distal], -7, 0.2);
+    pull_along(out[slot::ring_proximal], out[slot::middle_proximal], -5, 0.2);
+    rescale_below(out[slot::ring_distal], -60, 0.85, -9, -100);
+    rescale_below(out[slot::ring_proximal], -60, 0.85, -9, -80);
+    rescale_below(out[slot::little_distal], -40, 0.88, -4.8, -100);
+    rescale_below(out[slot::little_proximal], -40, 0.88, -4.8, -80);
+    close_spread(out[slot::little_spread], out[slot::little_proximal], 0.8, -5);
     follow_distal(out, 0.8);
 
-    out[23] = -1.0;
+    out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);
     return out;
 }

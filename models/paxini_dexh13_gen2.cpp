@@ -94,38 +94,38 @@ quil::TargetArray quil::hands::PaXini_DexH13_GEN2(const InputAngles& in, const M
     TargetArray out;
     run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
 
-    if (out[7] > 30) out[7] = 30;
-    if (out[15] > 20) out[15] = 20;
-    if (out[19] > 30) out[19] = 30;
+    if (out[slot::index_spread] > 30) out[slot::index_spread] = 30;
+    if (out[slot::ring_spread] > 20) out[slot::ring_spread] = 20;
+    if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
     // The little-finger spread is stretched near closed and given a head start once open.
-    if (out[19] < 7) {
-        out[19] = out[19] * 1.5;
+    if (out[slot::little_spread] < 7) {
+        out[slot::little_spread] = out[slot::little_spread] * 1.5;
     } else {
-        out[19] = out[19] + 3.5;
-        if (out[19] > 30) out[19] = 30;
+        out[slot::little_spread] = out[slot::little_spread] + 3.5;
+        if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
     }
-    close_spread(out[7], out[5], 0.15);
-    close_spread(out[15], out[13], 0.15);
-    close_spread(out[19], out[17], 0.25);
+    close_spread(out[slot::index_spread], out[slot::index_distal], 0.15);
+    close_spread(out[slot::ring_spread], out[slot::ring_distal], 0.15);
+    close_spread(out[slot::little_spread], out[slot::little_distal], 0.25);
     // The middle finger has no spread sensor: it sits between the index and ring spreads.
-    out[11] = out[7] * 0.24 - 0.32 * out[15];
+    out[slot::middle_spread] = out[slot::index_spread] * 0.24 - 0.32 * out[slot::ring_spread];
 
-    for (int i : {0, 1}) out[i] = at_least(kThumbBase(out[i]), -90);
-    for (int i : {2, 20}) out[i] = at_least(kThumbTip(out[i]), -90);
-    out[5] = at_least(kIndexDistal(out[5]), -100);
-    out[6] = at_least(kProximal(out[6]), -100);
-    out[9] = at_least(kDistal(out[9]), -100);
-    out[10] = at_least(kProximal(out[10]), -100);
-    out[13] = at_least(kDistal(out[13]), -100);
-    out[14] = at_least(kProximal(out[14]), -100);
+    for (int i : {slot::thumb_base, slot::thumb_proximal}) out[i] = at_least(kThumbBase(out[i]), -90);
+    for (int i : {slot::thumb_distal, slot::thumb_rotation}) out[i] = at_least(kThumbTip(out[i]), -90);
+    out[slot::index_distal] = at_least(kIndexDistal(out[slot::index_distal]), -100);
+    out[slot::index_proximal] = at_least(kProximal(out[slot::index_proximal]), -100);
+    out[slot::middle_distal] = at_least(kDistal(out[slot::middle_distal]), -100);
+    out[slot::middle_proximal] = at_least(kProximal(out[slot::middle_proximal]), -100);
+    out[slot::ring_distal] = at_least(kDistal(out[slot::ring_distal]), -100);
+    out[slot::ring_proximal] = at_least(kProximal(out[slot::ring_proximal]), -100);
     // The little finger's spread lifts its two joints open.
-    out[17] = out[17] + out[19];
-    out[18] = out[18] + out[19];
-    if (out[17] > 0) out[17] = 0;
-    if (out[18] > 0) out[18] = 0;
-    out[17] = at_least(kDistal(out[17]), -100);
-    out[18] = at_least(kProximal(out[18]), -100);
-    close_spread(out[19], out[18], 0.8, -5);
+    out[slot::little_distal] = out[slot::little_distal] + out[slot::little_spread];
+    out[slot::little_proximal] = out[slot::little_proximal] + out[slot::little_spread];
+    if (out[slot::little_distal] > 0) out[slot::little_distal] = 0;
+    if (out[slot::little_proximal] > 0) out[slot::little_proximal] = 0;
+    out[slot::little_distal] = at_least(kDistal(out[slot::little_distal]), -100);
+    out[slot::little_proximal] = at_least(kProximal(out[slot::little_proximal]), -100);
+    close_spread(out[slot::little_spread], out[slot::little_proximal], 0.8, -5);
     follow_distal(out, 0.8);
 
     // A deeply bent finger snaps fully closed; the little finger, shorter, snaps earlier. The
@@ -141,18 +141,18 @@ quil::TargetArray quil::hands::PaXini_DexH13_GEN2(const InputAngles& in, const M
         }
 
     // Contact poses only with the thumb tip well across the palm.
-    if (out[2] < -25) apply_contact_poses(out);
+    if (out[slot::thumb_distal] < -25) apply_contact_poses(out);
 
     // A closing hand: the other fingers follow the index, and a full fist closes every joint.
-    if (out[6] < -50 && out[10] < -50 && out[14] < -50 && out[18] < -50) {
-        out[10] = out[6];
-        out[14] = out[6];
-        out[18] = out[6];
+    if (out[slot::index_proximal] < -50 && out[slot::middle_proximal] < -50 && out[slot::ring_proximal] < -50 && out[slot::little_proximal] < -50) {
+        out[slot::middle_proximal] = out[slot::index_proximal];
+        out[slot::ring_proximal] = out[slot::index_proximal];
+        out[slot::little_proximal] = out[slot::index_proximal];
     }
-    if (out[6] < -80 && out[10] < -80 && out[14] < -80 && out[18] < -70)
-        for (int i : {5, 6, 9, 10, 13, 14, 17, 18}) out[i] = -100;
+    if (out[slot::index_proximal] < -80 && out[slot::middle_proximal] < -80 && out[slot::ring_proximal] < -80 && out[slot::little_proximal] < -70)
+        for (int i : {slot::index_distal, slot::index_proximal, slot::middle_distal, slot::middle_proximal, slot::ring_distal, slot::ring_proximal, slot::little_distal, slot::little_proximal}) out[i] = -100;
 
-    out[23] = -1.0;
+    out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);
     return out;
 }

@@ -88,53 +88,53 @@ quil::TargetArray quil::hands::PICO_PXRHand(const InputAngles& in, const MemoryR
 
     bend_thumb_tip(out, kThumbTip);
     cap_spreads(out, SpreadCaps{25, 15, 35});
-    reshape_little_spread(out[19], LittleSpreadGain{3, 14, 35});
+    reshape_little_spread(out[slot::little_spread], LittleSpreadGain{3, 14, 35});
     remap_joint_linkages(out, kLinkages);
     // Bending a finger closes its spread.
-    close_spread(out[7], out[5], 0.3);
-    close_spread(out[15], out[13], 0.15);
-    close_spread(out[19], out[17], 0.3);
+    close_spread(out[slot::index_spread], out[slot::index_distal], 0.3);
+    close_spread(out[slot::ring_spread], out[slot::ring_distal], 0.15);
+    close_spread(out[slot::little_spread], out[slot::little_distal], 0.3);
     spread_middle_from_neighbours(out, 0.24, 0.32);
-    close_spread(out[19], out[18], 0.8, -5);
+    close_spread(out[slot::little_spread], out[slot::little_proximal], 0.8, -5);
     double gesture = kNoGesture;
     // A finger bent nearly to its end stop goes all the way, both joints.
-    lock_full_bend(out, 5, 6, -82, -90);
-    lock_full_bend(out, 9, 10, -82, -90);
-    lock_full_bend(out, 13, 14, -82, -90);
-    lock_full_bend(out, 17, 18, -82, -90);
+    lock_full_bend(out, slot::index_distal, slot::index_proximal, -82, -90);
+    lock_full_bend(out, slot::middle_distal, slot::middle_proximal, -82, -90);
+    lock_full_bend(out, slot::ring_distal, slot::ring_proximal, -82, -90);
+    lock_full_bend(out, slot::little_distal, slot::little_proximal, -82, -90);
 
-    if (out[2] < -15) {
+    if (out[slot::thumb_distal] < -15) {
         // Index pinch. With the middle and ring fingers curled out of the way the index may
         // start from a shallower bend.
-        if (out[6] > -85) {
-            const bool others_curled = out[10] < -50 && out[14] < -50;
-            if (others_curled ? out[6] < -20 : out[6] < -40) {
-                out[1] = -35;
-                out[0] = -35;
-                out[2] = -33;
-                out[5] = -40;
-                out[6] = -76;
-                out[20] = -26;
+        if (out[slot::index_proximal] > -85) {
+            const bool others_curled = out[slot::middle_proximal] < -50 && out[slot::ring_proximal] < -50;
+            if (others_curled ? out[slot::index_proximal] < -20 : out[slot::index_proximal] < -40) {
+                out[slot::thumb_proximal] = -35;
+                out[slot::thumb_base] = -35;
+                out[slot::thumb_distal] = -33;
+                out[slot::index_distal] = -40;
+                out[slot::index_proximal] = -76;
+                out[slot::thumb_rotation] = -26;
                 gesture = kIndexPinchGesture;
             }
         }
         // Middle pinch; it reports no gesture of its own.
-        if (out[6] > -50 && out[10] < -50 && out[14] > -50 && out[18] > -50) {
-            out[1] = -35;
-            out[0] = -35;
-            out[2] = -85;
-            out[9] = -40;
-            out[10] = -76;
-            out[20] = -45;
+        if (out[slot::index_proximal] > -50 && out[slot::middle_proximal] < -50 && out[slot::ring_proximal] > -50 && out[slot::little_proximal] > -50) {
+            out[slot::thumb_proximal] = -35;
+            out[slot::thumb_base] = -35;
+            out[slot::thumb_distal] = -85;
+            out[slot::middle_distal] = -40;
+            out[slot::middle_proximal] = -76;
+            out[slot::thumb_rotation] = -45;
         }
     }
     // A fist closes every finger fully; with the thumb folded over it, it is a gesture.
-    if (out[6] < -82 && out[10] < -82 && out[14] < -82 && out[18] < -70) {
-        out[5] = out[6] = out[10] = out[14] = out[18] = out[9] = out[13] = out[17] = -90;
-        if (out[2] < -40) gesture = kFistGesture;
+    if (out[slot::index_proximal] < -82 && out[slot::middle_proximal] < -82 && out[slot::ring_proximal] < -82 && out[slot::little_proximal] < -70) {
+        out[slot::index_distal] = out[slot::index_proximal] = out[slot::middle_proximal] = out[slot::ring_proximal] = out[slot::little_proximal] = out[slot::middle_distal] = out[slot::ring_distal] = out[slot::little_distal] = -90;
+        if (out[slot::thumb_distal] < -40) gesture = kFistGesture;
     }
     // The thumb rotation is fixed on this hand.
-    out[3] = 40;
+    out[slot::thumb_abduction] = 40;
     // Distal joints follow the proximal ones at 0.8, never extending past straight.
     follow_distal(out, 0.8);
 

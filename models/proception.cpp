@@ -61,50 +61,52 @@ quil::TargetArray quil::hands::Proception(const InputAngles& in, const MemoryRef
     TargetArray out;
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
-    if (out[7] > 30) out[7] = 30;
-    if (out[15] > 20) out[15] = 20;
-    if (out[19] > 30) out[19] = 30;
-    if (out[19] < 7) {
-        out[19] = out[19] * 1.5;
+    if (out[slot::index_spread] > 30) out[slot::index_spread] = 30;
+    if (out[slot::ring_spread] > 20) out[slot::ring_spread] = 20;
+    if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
+    if (out[slot::little_spread] < 7) {
+        out[slot::little_spread] = out[slot::little_spread] * 1.5;
     } else {
-        out[19] = out[19] + 3.5;
-        if (out[19] > 30) out[19] = 30;
+        out[slot::little_spread] = out[slot::little_spread] + 3.5;
+        if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
     }
-    close_spread(out[7], out[5], 0.15);
-    close_spread(out[15], out[13], 0.15);
-    close_spread(out[19], out[17], 0.25);
+    close_spread(out[slot::index_spread], out[slot::index_distal], 0.15);
+    close_spread(out[slot::ring_spread], out[slot::ring_distal], 0.15);
+    close_spread(out[slot::little_spread], out[slot::little_distal], 0.25);
     spread_middle_from_neighbours(out, 0.24, 0.32);
 
-    out[0] = kThumbBase(out[0]);
-    floor_at(out[0], -90);
-    out[1] = kThumbBase(out[1]);
-    if (out[1] > 0) out[1] = 0;
-    floor_at(out[1], -90);
-    out[2] = kThumbTip(out[2]);
-    floor_at(out[2], -90);
-    out[20] = kThumbSecond(out[20]);
+    out[slot::thumb_base] = kThumbBase(out[slot::thumb_base]);
+    floor_at(out[slot::thumb_base], -90);
+    out[slot::thumb_proximal] = kThumbBase(out[slot::thumb_proximal]);
+    if (out[slot::thumb_proximal] > 0) out[slot::thumb_proximal] = 0;
+    floor_at(out[slot::thumb_proximal], -90);
+    out[slot::thumb_distal] = kThumbTip(out[slot::thumb_distal]);
+    floor_at(out[slot::thumb_distal], -90);
+    out[slot::thumb_rotation] = kThumbSecond(out[slot::thumb_rotation]);
     // A far-swung thumb is held back so it does not strike the palm.
-    if (out[20] < -45) {
-        out[20] = -45;
-        if (out[1] < -44) out[1] = -44;
-        if (out[0] < -49) out[0] = -49;
+    if (out[slot::thumb_rotation] < -45) {
+        out[slot::thumb_rotation] = -45;
+        if (out[slot::thumb_proximal] < -44) out[slot::thumb_proximal] = -44;
+        if (out[slot::thumb_base] < -49) out[slot::thumb_base] = -49;
     }
-    out[5] = kIndexDistal(out[5]);
-    floor_at(out[5], -100);
-    for (int slot : {6, 9, 10, 13, 14}) {
-        const bool proximal = slot == 6 || slot == 10 || slot == 14;
-        out[slot] = proximal ? kProximal(out[slot]) : kDistal(out[slot]);
-        floor_at(out[slot], -100);
+    out[slot::index_distal] = kIndexDistal(out[slot::index_distal]);
+    floor_at(out[slot::index_distal], -100);
+    for (int joint : {slot::index_proximal, slot::middle_distal, slot::middle_proximal, slot::ring_distal,
+                      slot::ring_proximal}) {
+        const bool proximal =
+            joint == slot::index_proximal || joint == slot::middle_proximal || joint == slot::ring_proximal;
+        out[joint] = proximal ? kProximal(out[joint]) : kDistal(out[joint]);
+        floor_at(out[joint], -100);
     }
-    out[18] = kLittle(out[18]);
-    floor_at(out[18], -84);
-    close_spread(out[19], out[18], 0.8, -5);
+    out[slot::little_proximal] = kLittle(out[slot::little_proximal]);
+    floor_at(out[slot::little_proximal], -84);
+    close_spread(out[slot::little_spread], out[slot::little_proximal], 0.8, -5);
     follow_distal(out, 0.8);
     // A finger curled past -90 (little finger past -80) snaps fully closed.
     lock_full_bends(out, -90, -80);
 
     // Fixed pinch poses, only with the thumb tip bent toward the fingers.
-    if (out[2] < -25) {
+    if (out[slot::thumb_distal] < -25) {
         static const PinchPose kPoses[] = {
             {-1, +1, +1, +1, -40, 7, {{0, -42}, {1, -35}, {2, -7}, {20, -52}, {4, -35}, {5, -52}, {6, -54}}},
             {-1, -1, 0, +1, -40, 10, {{0, -41}, {1, -40}, {2, -5}, {20, -65}, {4, -41}, {5, -52}, {6, -57},
@@ -114,22 +116,24 @@ quil::TargetArray quil::hands::Proception(const InputAngles& in, const MemoryRef
             {+1, +1, +1, -1, -60, 7, {{0, -41}, {1, -40}, {2, -5}, {20, -120}, {16, -39}, {17, -52}, {18, -67}}},
         };
         for (const PinchPose& pose : kPoses) {
-            if (gate(out[6], pose.index, -40) && gate(out[10], pose.middle, -40) &&
-                gate(out[14], pose.ring, pose.ring_gate) && gate(out[18], pose.little, -40)) {
+            if (gate(out[slot::index_proximal], pose.index, -40) && gate(out[slot::middle_proximal], pose.middle, -40) &&
+                gate(out[slot::ring_proximal], pose.ring, pose.ring_gate) && gate(out[slot::little_proximal], pose.little, -40)) {
                 for (int t = 0; t < pose.count; ++t) out[pose.targets[t].first] = pose.targets[t].second;
             }
         }
     }
     // The whole hand curling: the other fingers follow the index.
-    if (out[6] < -50 && out[10] < -50 && out[14] < -50 && out[18] < -50) {
-        out[10] = out[6];
-        out[14] = out[6];
-        out[18] = out[6];
+    if (out[slot::index_proximal] < -50 && out[slot::middle_proximal] < -50 && out[slot::ring_proximal] < -50 && out[slot::little_proximal] < -50) {
+        out[slot::middle_proximal] = out[slot::index_proximal];
+        out[slot::ring_proximal] = out[slot::index_proximal];
+        out[slot::little_proximal] = out[slot::index_proximal];
     }
-    if (out[6] < -80 && out[10] < -80 && out[14] < -80 && out[18] < -70) {
-        for (int slot : {6, 10, 14, 18, 5, 9, 13, 17}) out[slot] = -100;
+    if (out[slot::index_proximal] < -80 && out[slot::middle_proximal] < -80 && out[slot::ring_proximal] < -80 && out[slot::little_proximal] < -70) {
+        for (int joint : {slot::index_proximal, slot::middle_proximal, slot::ring_proximal, slot::little_proximal,
+                          slot::index_distal, slot::middle_distal, slot::ring_distal, slot::little_distal})
+            out[joint] = -100;
     }
-    out[23] = -1.0;
+    out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);
     return out;
 }

@@ -58,34 +58,34 @@ quil::TargetArray quil::hands::QUIL_linear_AA(const InputAngles& in, const Memor
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     // Thumb rotation drags the thumb's first joint along.
-    if (out[3] < 0) out[1] = out[1] + out[3] * 1.8;
-    if (out[7] > 25) out[7] = 25;
-    if (out[15] > 15) out[15] = 15;
-    if (out[19] > 35) out[19] = 35;
+    if (out[slot::thumb_abduction] < 0) out[slot::thumb_proximal] = out[slot::thumb_proximal] + out[slot::thumb_abduction] * 1.8;
+    if (out[slot::index_spread] > 25) out[slot::index_spread] = 25;
+    if (out[slot::ring_spread] > 15) out[slot::ring_spread] = 15;
+    if (out[slot::little_spread] > 35) out[slot::little_spread] = 35;
     // The middle finger's spread sits between the index and ring spreads.
     spread_middle_from_neighbours(out, 0.18, 0.3);
-    close_spread(out[19], out[17], 0.25);
+    close_spread(out[slot::little_spread], out[slot::little_distal], 0.25);
     // Deep bends of the proximal joints are amplified so a fist closes fully.
-    rescale_below(out[6], -40, 1.25, 10.0, -80);
-    rescale_below(out[10], -20, 1.2, 4.0, -80);
+    rescale_below(out[slot::index_proximal], -40, 1.25, 10.0, -80);
+    rescale_below(out[slot::middle_proximal], -20, 1.2, 4.0, -80);
     // A bending neighbour pulls the ring and little fingers along.
-    pull_along(out[13], out[9], -7, 0.2);
-    pull_along(out[14], out[10], -5, 0.2);
-    rescale_below(out[13], -40, 0.85, -6.0, -100);
-    rescale_below(out[14], -40, 0.85, -6.0, -80);
-    rescale_below(out[17], -40, 0.88, -4.8, -100);
-    rescale_below(out[18], -40, 0.88, -4.8, -80);
-    if (out[0] < -60) out[0] = -60;
-    if (out[1] > 0) out[1] = 0;
-    if (out[1] < -60) out[1] = -60;
-    if (out[2] < -65) out[2] = -65;
-    // The old clamp of the second thumb value stays ahead of its recomputation from out[2],
+    pull_along(out[slot::ring_distal], out[slot::middle_distal], -7, 0.2);
+    pull_along(out[slot::ring_proximal], out[slot::middle_proximal], -5, 0.2);
+    rescale_below(out[slot::ring_distal], -40, 0.85, -6.0, -100);
+    rescale_below(out[slot::ring_proximal], -40, 0.85, -6.0, -80);
+    rescale_below(out[slot::little_distal], -40, 0.88, -4.8, -100);
+    rescale_below(out[slot::little_proximal], -40, 0.88, -4.8, -80);
+    if (out[slot::thumb_base] < -60) out[slot::thumb_base] = -60;
+    if (out[slot::thumb_proximal] > 0) out[slot::thumb_proximal] = 0;
+    if (out[slot::thumb_proximal] < -60) out[slot::thumb_proximal] = -60;
+    if (out[slot::thumb_distal] < -65) out[slot::thumb_distal] = -65;
+    // The old clamp of the second thumb value stays ahead of its recomputation from out[slot::thumb_distal],
     // which overrides it; the firmware has always run both.
-    if (out[20] < -50) out[20] = -50;
-    if (out[20] > 15) out[20] = 15;
-    out[20] = 0.5 * out[2] - 5.0;
+    if (out[slot::thumb_rotation] < -50) out[slot::thumb_rotation] = -50;
+    if (out[slot::thumb_rotation] > 15) out[slot::thumb_rotation] = 15;
+    out[slot::thumb_rotation] = 0.5 * out[slot::thumb_distal] - 5.0;
     follow_distal(out, 0.8);
-    out[23] = -1.0;
+    out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);
     return out;
 }

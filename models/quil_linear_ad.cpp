@@ -37,10 +37,10 @@ QUIL_DEFINE_COEFFICIENTS(QUIL_linear_AD, HAND_WEIGHT, HAND_W0)
 // The index and middle tips rest slightly open (0.76 * distal + 13, never past 0); the ring and
 // little tips follow at 0.8; the middle spread is set between the index and ring spreads.
 const quil::SlotDeclaration quil::hands::QUIL_linear_AD_slots = quil::kNoFollowers
-    .plus(quil::tip_follows_distal(4, 0.76, 13.0))
-    .plus(quil::tip_follows_distal(8, 0.76, 13.0))
-    .plus(quil::tip_follows_distal(12))
-    .plus(quil::tip_follows_distal(16))
+    .plus(quil::tip_follows_distal(slot::index_tip, 0.76, 13.0))
+    .plus(quil::tip_follows_distal(slot::middle_tip, 0.76, 13.0))
+    .plus(quil::tip_follows_distal(slot::ring_tip))
+    .plus(quil::tip_follows_distal(slot::little_tip))
     .plus(quil::middle_spread_between(0.18, 0.3));
 
 namespace {
@@ -61,36 +61,36 @@ quil::TargetArray quil::hands::QUIL_linear_AD(const InputAngles& in, const Memor
     TargetArray out;
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
-    if (out[7] > 25) out[7] = 25;
-    if (out[15] > 15) out[15] = 15;
-    if (out[19] > 35) out[19] = 35;
+    if (out[slot::index_spread] > 25) out[slot::index_spread] = 25;
+    if (out[slot::ring_spread] > 15) out[slot::ring_spread] = 15;
+    if (out[slot::little_spread] > 35) out[slot::little_spread] = 35;
     // The middle finger's spread sits between the index and ring spreads.
     spread_middle_from_neighbours(out, 0.18, 0.3);
-    close_spread(out[19], out[17], 0.25);
+    close_spread(out[slot::little_spread], out[slot::little_distal], 0.25);
     // Deep bends of the proximal joints are amplified so a fist closes fully.
-    rescale_below(out[6], -40, 1.2, 8.0, -80);
-    rescale_below(out[10], -20, 1.2, 4.0, -80);
+    rescale_below(out[slot::index_proximal], -40, 1.2, 8.0, -80);
+    rescale_below(out[slot::middle_proximal], -20, 1.2, 4.0, -80);
     // A bending neighbour pulls the ring and little fingers along.
-    pull_along(out[13], out[9], -7, 0.15);
-    pull_along(out[14], out[10], -5, 0.25);
-    rescale_below(out[13], -40, 0.85, -6.0, -100);
-    rescale_below(out[14], -40, 0.85, -6.0, -80);
-    rescale_below(out[17], -40, 0.88, -4.8, -100);
-    rescale_below(out[18], -40, 0.88, -4.8, -80);
-    if (out[0] < -60) out[0] = -60;
-    if (out[1] > 0) out[1] = 0;
-    if (out[1] < -60) out[1] = -60;
-    if (out[2] < -65) out[2] = -65;
-    if (out[20] < -50) out[20] = -50;
-    if (out[20] > 15) out[20] = 15;
+    pull_along(out[slot::ring_distal], out[slot::middle_distal], -7, 0.15);
+    pull_along(out[slot::ring_proximal], out[slot::middle_proximal], -5, 0.25);
+    rescale_below(out[slot::ring_distal], -40, 0.85, -6.0, -100);
+    rescale_below(out[slot::ring_proximal], -40, 0.85, -6.0, -80);
+    rescale_below(out[slot::little_distal], -40, 0.88, -4.8, -100);
+    rescale_below(out[slot::little_proximal], -40, 0.88, -4.8, -80);
+    if (out[slot::thumb_base] < -60) out[slot::thumb_base] = -60;
+    if (out[slot::thumb_proximal] > 0) out[slot::thumb_proximal] = 0;
+    if (out[slot::thumb_proximal] < -60) out[slot::thumb_proximal] = -60;
+    if (out[slot::thumb_distal] < -65) out[slot::thumb_distal] = -65;
+    if (out[slot::thumb_rotation] < -50) out[slot::thumb_rotation] = -50;
+    if (out[slot::thumb_rotation] > 15) out[slot::thumb_rotation] = 15;
     // Index and middle first joints rest slightly open; ring and little follow at 0.8.
-    out[4] = out[5] * 0.76 + 13.0;
-    out[8] = out[9] * 0.76 + 13.0;
-    out[12] = out[13] * 0.8;
-    out[16] = out[17] * 0.8;
-    for (int i : {4, 8, 12, 16})
+    out[slot::index_tip] = out[slot::index_distal] * 0.76 + 13.0;
+    out[slot::middle_tip] = out[slot::middle_distal] * 0.76 + 13.0;
+    out[slot::ring_tip] = out[slot::ring_distal] * 0.8;
+    out[slot::little_tip] = out[slot::little_distal] * 0.8;
+    for (int i : {slot::index_tip, slot::middle_tip, slot::ring_tip, slot::little_tip})
         if (out[i] > 0) out[i] = 0;
-    out[23] = -1.0;
+    out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);
     return out;
 }

@@ -39,9 +39,9 @@ namespace {
 // then mirrored.
 double abduction_from_tip(const double* t) {
     double v = 30.0;
-    if (t[2] > -10) v = v - (t[2] + 10.0);
-    if (t[2] < -20) {
-        v = v + (t[2] + 0.4 * (t[2] + 10.0));
+    if (t[quil::slot::thumb_distal] > -10) v = v - (t[quil::slot::thumb_distal] + 10.0);
+    if (t[quil::slot::thumb_distal] < -20) {
+        v = v + (t[quil::slot::thumb_distal] + 0.4 * (t[quil::slot::thumb_distal] + 10.0));
         if (v < 15) v = 15;
     }
     return -v;
@@ -49,7 +49,7 @@ double abduction_from_tip(const double* t) {
 }  // namespace
 
 constexpr quil::SlotRelation kAbductionFromTip = quil::follows_by_rule(
-    3, 2, abduction_from_tip,
+    quil::slot::thumb_abduction, quil::slot::thumb_distal, abduction_from_tip,
     "-(30 - (slot 2 + 10)) if slot 2 > -10; -max(30 + (slot 2 + 0.4 * (slot 2 + 10)), 15) if slot 2 < -20; "
     "else -30");
 // Finger tips at 0.8 of their distal joints, the middle spread set between the index and ring
@@ -80,36 +80,36 @@ quil::TargetArray quil::hands::QUIL_linear_AE(const InputAngles& in, const Memor
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     // Thumb rotation from the thumb tip, read before the tip's own clamp.
-    if (out[2] > -10) out[3] = out[3] - (out[2] + 10.0);
-    if (out[2] < -20) {
-        out[3] = out[3] + (out[2] + 0.4 * (out[2] + 10.0));
-        if (out[3] < 15) out[3] = 15;
+    if (out[quil::slot::thumb_distal] > -10) out[slot::thumb_abduction] = out[slot::thumb_abduction] - (out[quil::slot::thumb_distal] + 10.0);
+    if (out[quil::slot::thumb_distal] < -20) {
+        out[slot::thumb_abduction] = out[slot::thumb_abduction] + (out[quil::slot::thumb_distal] + 0.4 * (out[quil::slot::thumb_distal] + 10.0));
+        if (out[slot::thumb_abduction] < 15) out[slot::thumb_abduction] = 15;
     }
-    if (out[7] > 25) out[7] = 25;
-    if (out[15] > 15) out[15] = 15;
-    if (out[19] > 35) out[19] = 35;
+    if (out[slot::index_spread] > 25) out[slot::index_spread] = 25;
+    if (out[slot::ring_spread] > 15) out[slot::ring_spread] = 15;
+    if (out[slot::little_spread] > 35) out[slot::little_spread] = 35;
     // The middle finger's spread sits between the index and ring spreads.
     spread_middle_from_neighbours(out, 0.18, 0.3);
-    close_spread(out[19], out[17], 0.25);
+    close_spread(out[slot::little_spread], out[slot::little_distal], 0.25);
     // Deep bends of the proximal joints are amplified so a fist closes fully.
-    rescale_below(out[6], -40, 1.25, 10.0, -80);
-    rescale_below(out[10], -20, 1.2, 4.0, -80);
+    rescale_below(out[slot::index_proximal], -40, 1.25, 10.0, -80);
+    rescale_below(out[slot::middle_proximal], -20, 1.2, 4.0, -80);
     // A bending neighbour pulls the ring and little fingers along.
-    pull_along(out[13], out[9], -7, 0.2);
-    pull_along(out[14], out[10], -5, 0.2);
-    rescale_below(out[13], -60, 0.85, -9.0, -100);
-    rescale_below(out[14], -60, 0.85, -9.0, -80);
-    rescale_below(out[17], -40, 0.88, -4.8, -100);
-    rescale_below(out[18], -40, 0.88, -4.8, -80);
+    pull_along(out[slot::ring_distal], out[slot::middle_distal], -7, 0.2);
+    pull_along(out[slot::ring_proximal], out[slot::middle_proximal], -5, 0.2);
+    rescale_below(out[slot::ring_distal], -60, 0.85, -9.0, -100);
+    rescale_below(out[slot::ring_proximal], -60, 0.85, -9.0, -80);
+    rescale_below(out[slot::little_distal], -40, 0.88, -4.8, -100);
+    rescale_below(out[slot::little_proximal], -40, 0.88, -4.8, -80);
     // A bent little finger closes its spread.
-    close_spread(out[19], out[18], 0.8, -5);
-    if (out[0] < -60) out[0] = -60;
-    if (out[1] > 0) out[1] = 0;
-    if (out[1] < -60) out[1] = -60;
-    if (out[2] < -65) out[2] = -65;
-    out[20] = 0.5 * out[2] - 5.0;
+    close_spread(out[slot::little_spread], out[slot::little_proximal], 0.8, -5);
+    if (out[slot::thumb_base] < -60) out[slot::thumb_base] = -60;
+    if (out[slot::thumb_proximal] > 0) out[slot::thumb_proximal] = 0;
+    if (out[slot::thumb_proximal] < -60) out[slot::thumb_proximal] = -60;
+    if (out[quil::slot::thumb_distal] < -65) out[quil::slot::thumb_distal] = -65;
+    out[slot::thumb_rotation] = 0.5 * out[quil::slot::thumb_distal] - 5.0;
     follow_distal(out, 0.8);
-    out[23] = -1.0;
+    out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);
     return out;
 }

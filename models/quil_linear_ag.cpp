@@ -35,57 +35,57 @@ quil::TargetArray quil::hands::QUIL_linear_AG(const InputAngles& in, const Memor
 
     // An open thumb tip rotates the thumb in and lowers its first joint; a bent one rotates it
     // out, but not below 20.
-    if (out[2] > -10) {
-        out[3] = out[3] - 2.5 * (out[2] + 10.0);
-        if (out[3] > 30) out[3] = 30;
-        const double tip = 10.0 + out[2];
-        out[1] = out[1] - (tip + tip);
+    if (out[slot::thumb_distal] > -10) {
+        out[slot::thumb_abduction] = out[slot::thumb_abduction] - 2.5 * (out[slot::thumb_distal] + 10.0);
+        if (out[slot::thumb_abduction] > 30) out[slot::thumb_abduction] = 30;
+        const double tip = 10.0 + out[slot::thumb_distal];
+        out[slot::thumb_proximal] = out[slot::thumb_proximal] - (tip + tip);
     }
-    if (out[2] < -10) {
-        out[3] = out[3] + 0.35 * (out[2] + 10.0);
-        if (out[3] < 20) out[3] = 20;
+    if (out[slot::thumb_distal] < -10) {
+        out[slot::thumb_abduction] = out[slot::thumb_abduction] + 0.35 * (out[slot::thumb_distal] + 10.0);
+        if (out[slot::thumb_abduction] < 20) out[slot::thumb_abduction] = 20;
     }
-    if (out[0] < -60) out[0] = -60;
-    if (out[1] > 0) out[1] = 0;
-    if (out[1] < -60) out[1] = -60;
-    if (out[2] < -60) out[2] = -60;
-    out[20] = 0.6 * out[2] - 5.0;
-    if (out[7] > 25) out[7] = 25;
-    if (out[15] > 15) out[15] = 15;
-    if (out[19] > 35) out[19] = 35;
+    if (out[slot::thumb_base] < -60) out[slot::thumb_base] = -60;
+    if (out[slot::thumb_proximal] > 0) out[slot::thumb_proximal] = 0;
+    if (out[slot::thumb_proximal] < -60) out[slot::thumb_proximal] = -60;
+    if (out[slot::thumb_distal] < -60) out[slot::thumb_distal] = -60;
+    out[slot::thumb_rotation] = 0.6 * out[slot::thumb_distal] - 5.0;
+    if (out[slot::index_spread] > 25) out[slot::index_spread] = 25;
+    if (out[slot::ring_spread] > 15) out[slot::ring_spread] = 15;
+    if (out[slot::little_spread] > 35) out[slot::little_spread] = 35;
     // Spreading the little finger opens the thumb, after the thumb's own clamps.
-    if (out[19] > 5) {
-        out[3] = 1.5 * (out[19] - 5.0) + out[3];
-        if (out[3] > 35) out[3] = 35;
-        out[1] = 0.25 * (out[19] - 5.0) + out[1];
-        out[2] = 0.3 * (out[19] - 5.0) + out[2];
+    if (out[slot::little_spread] > 5) {
+        out[slot::thumb_abduction] = 1.5 * (out[slot::little_spread] - 5.0) + out[slot::thumb_abduction];
+        if (out[slot::thumb_abduction] > 35) out[slot::thumb_abduction] = 35;
+        out[slot::thumb_proximal] = 0.25 * (out[slot::little_spread] - 5.0) + out[slot::thumb_proximal];
+        out[slot::thumb_distal] = 0.3 * (out[slot::little_spread] - 5.0) + out[slot::thumb_distal];
     }
     // The little finger's spread: small spreads tripled, larger ones raised by 14.
-    if (out[19] < 7) {
-        out[19] = out[19] * 3.0;
+    if (out[slot::little_spread] < 7) {
+        out[slot::little_spread] = out[slot::little_spread] * 3.0;
     } else {
-        out[19] = out[19] + 14.0;
-        if (out[19] > 35) out[19] = 35;
+        out[slot::little_spread] = out[slot::little_spread] + 14.0;
+        if (out[slot::little_spread] > 35) out[slot::little_spread] = 35;
     }
-    if (out[18] > -20 && out[15] > out[19]) out[15] = out[19];
-    close_spread(out[7], out[5], 0.15);
-    close_spread(out[15], out[13], 0.15);
-    close_spread(out[19], out[17], 0.25);
+    if (out[slot::little_proximal] > -20 && out[slot::ring_spread] > out[slot::little_spread]) out[slot::ring_spread] = out[slot::little_spread];
+    close_spread(out[slot::index_spread], out[slot::index_distal], 0.15);
+    close_spread(out[slot::ring_spread], out[slot::ring_distal], 0.15);
+    close_spread(out[slot::little_spread], out[slot::little_distal], 0.25);
     spread_middle_from_neighbours(out, 0.24, 0.32);
     // Deep bends amplified so a fist closes fully.
-    rescale_below(out[6], -40, 1.25, 10.0, -80);
-    rescale_below(out[9], -45, 1.4, 18.0, -100);
-    rescale_below(out[10], -40, 1.4, 16.0, -80);
+    rescale_below(out[slot::index_proximal], -40, 1.25, 10.0, -80);
+    rescale_below(out[slot::middle_distal], -45, 1.4, 18.0, -100);
+    rescale_below(out[slot::middle_proximal], -40, 1.4, 16.0, -80);
     // A bending neighbour pulls the ring finger along.
-    pull_along(out[13], out[9], -7, 0.2);
-    pull_along(out[14], out[10], -5, 0.2);
-    rescale_below(out[13], -60, 0.85, -9.0, -100);
-    rescale_below(out[14], -60, 0.85, -9.0, -80);
-    rescale_below(out[17], -40, 0.88, -4.8, -100);
-    rescale_below(out[18], -40, 0.88, -4.8, -80);
-    close_spread(out[19], out[18], 0.8, -5);
+    pull_along(out[slot::ring_distal], out[slot::middle_distal], -7, 0.2);
+    pull_along(out[slot::ring_proximal], out[slot::middle_proximal], -5, 0.2);
+    rescale_below(out[slot::ring_distal], -60, 0.85, -9.0, -100);
+    rescale_below(out[slot::ring_proximal], -60, 0.85, -9.0, -80);
+    rescale_below(out[slot::little_distal], -40, 0.88, -4.8, -100);
+    rescale_below(out[slot::little_proximal], -40, 0.88, -4.8, -80);
+    close_spread(out[slot::little_spread], out[slot::little_proximal], 0.8, -5);
     follow_distal(out, 0.8);
-    out[23] = -1.0;
+    out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);
     return out;
 }

@@ -98,7 +98,7 @@ quil::TargetArray quil::hands::ROBOTERA_XHAND1(const InputAngles& in, const Memo
     bend_thumb_tip(out, kThumbTip);
     couple_spreads_turning_thumb(out, kSpreads);
     remap_joint_linkages(out, kLinkages);
-    close_spread(out[19], out[18], 0.8, -5);
+    close_spread(out[slot::little_spread], out[slot::little_proximal], 0.8, -5);
     // Distal joints follow the proximal ones at 0.8, never extending past straight.
     follow_distal(out, 0.8);
     // A finger bent nearly to its end stop goes all the way, both joints.
@@ -106,83 +106,83 @@ quil::TargetArray quil::hands::ROBOTERA_XHAND1(const InputAngles& in, const Memo
 
     // With the thumb deeply flexed, the bent fingers pick a fixed pinch or grasp pose. The tests
     // overlap on purpose and each sees what the earlier ones left: the last one to fire wins.
-    if (out[2] < -42) {
+    if (out[slot::thumb_distal] < -42) {
         // Index pinch.
-        if (out[6] < -45 && out[10] > -50 && out[14] > -50 && out[18] > -50) {
-            out[1] = -35;
-            out[0] = -35;
-            out[2] = curl_toward(out[2], -72, 1.0f);
-            out[20] = -19;
-            out[5] = -40;
-            out[6] = curl_toward(out[6], -76, 1.4f);
+        if (out[slot::index_proximal] < -45 && out[slot::middle_proximal] > -50 && out[slot::ring_proximal] > -50 && out[slot::little_proximal] > -50) {
+            out[slot::thumb_proximal] = -35;
+            out[slot::thumb_base] = -35;
+            out[slot::thumb_distal] = curl_toward(out[slot::thumb_distal], -72, 1.0f);
+            out[slot::thumb_rotation] = -19;
+            out[slot::index_distal] = -40;
+            out[slot::index_proximal] = curl_toward(out[slot::index_proximal], -76, 1.4f);
         }
         // Index and middle together against the thumb.
-        if (out[6] < -40 && out[10] < -50 && out[18] > -50) {
-            out[1] = -35;
-            out[0] = -35;
-            out[2] = curl_toward(out[2], -82, 1.4f);
-            out[5] = -40;
-            out[6] = curl_toward(out[6], -76, 1.4f);
-            out[9] = -40;
-            out[10] = curl_toward(out[10], -76, 1.4f);
+        if (out[slot::index_proximal] < -40 && out[slot::middle_proximal] < -50 && out[slot::little_proximal] > -50) {
+            out[slot::thumb_proximal] = -35;
+            out[slot::thumb_base] = -35;
+            out[slot::thumb_distal] = curl_toward(out[slot::thumb_distal], -82, 1.4f);
+            out[slot::index_distal] = -40;
+            out[slot::index_proximal] = curl_toward(out[slot::index_proximal], -76, 1.4f);
+            out[slot::middle_distal] = -40;
+            out[slot::middle_proximal] = curl_toward(out[slot::middle_proximal], -76, 1.4f);
         }
         // Middle pinch.
-        if (out[6] > -50 && out[10] < -50 && out[14] > -50 && out[18] > -50) {
-            out[1] = -35;
-            out[0] = -35;
-            out[2] = curl_toward(out[2], -85, 1.4f);
-            out[9] = -40;
-            out[10] = curl_toward(out[10], -76, 1.5f);
+        if (out[slot::index_proximal] > -50 && out[slot::middle_proximal] < -50 && out[slot::ring_proximal] > -50 && out[slot::little_proximal] > -50) {
+            out[slot::thumb_proximal] = -35;
+            out[slot::thumb_base] = -35;
+            out[slot::thumb_distal] = curl_toward(out[slot::thumb_distal], -85, 1.4f);
+            out[slot::middle_distal] = -40;
+            out[slot::middle_proximal] = curl_toward(out[slot::middle_proximal], -76, 1.5f);
         }
         // Middle and ring together.
-        if (out[6] > -50 && out[10] < -50 && out[14] < -50 && out[18] > -50) {
-            out[1] = -35;
-            out[0] = -35;
-            out[2] = curl_toward(out[2], -95, 1.0f);
-            out[9] = -40;
-            out[10] = curl_toward(out[10], -76, 1.0f);
-            out[13] = -40;
-            out[14] = curl_toward(out[14], -76, 1.0f);
+        if (out[slot::index_proximal] > -50 && out[slot::middle_proximal] < -50 && out[slot::ring_proximal] < -50 && out[slot::little_proximal] > -50) {
+            out[slot::thumb_proximal] = -35;
+            out[slot::thumb_base] = -35;
+            out[slot::thumb_distal] = curl_toward(out[slot::thumb_distal], -95, 1.0f);
+            out[slot::middle_distal] = -40;
+            out[slot::middle_proximal] = curl_toward(out[slot::middle_proximal], -76, 1.0f);
+            out[slot::ring_distal] = -40;
+            out[slot::ring_proximal] = curl_toward(out[slot::ring_proximal], -76, 1.0f);
         }
         // Ring pinch.
-        if (out[6] > -50 && out[10] > -50 && out[14] < -50 && out[18] > -50) {
-            out[1] = -32;
-            out[0] = -33;
-            out[2] = curl_toward(out[2], -100, 1.4f);
-            out[13] = -40;
-            out[14] = curl_toward(out[14], -76, 1.4f);
+        if (out[slot::index_proximal] > -50 && out[slot::middle_proximal] > -50 && out[slot::ring_proximal] < -50 && out[slot::little_proximal] > -50) {
+            out[slot::thumb_proximal] = -32;
+            out[slot::thumb_base] = -33;
+            out[slot::thumb_distal] = curl_toward(out[slot::thumb_distal], -100, 1.4f);
+            out[slot::ring_distal] = -40;
+            out[slot::ring_proximal] = curl_toward(out[slot::ring_proximal], -76, 1.4f);
         }
         // Ring and little half bent: the thumb reaches across to the ring finger.
-        if (out[6] > -50 && out[10] > -50 && out[14] < -50 && out[18] < -50 && out[14] > -70 &&
-            out[18] > -70) {
-            out[1] = -32;
-            out[0] = -33;
-            if (out[2] > -100) out[2] = -100;
-            if (out[2] < -110) out[2] = -110;
-            if (out[13] < -40) out[13] = -40;
-            if (out[14] > -70) out[14] = -70;
-            if (out[14] < -76) out[14] = -76;
+        if (out[slot::index_proximal] > -50 && out[slot::middle_proximal] > -50 && out[slot::ring_proximal] < -50 && out[slot::little_proximal] < -50 && out[slot::ring_proximal] > -70 &&
+            out[slot::little_proximal] > -70) {
+            out[slot::thumb_proximal] = -32;
+            out[slot::thumb_base] = -33;
+            if (out[slot::thumb_distal] > -100) out[slot::thumb_distal] = -100;
+            if (out[slot::thumb_distal] < -110) out[slot::thumb_distal] = -110;
+            if (out[slot::ring_distal] < -40) out[slot::ring_distal] = -40;
+            if (out[slot::ring_proximal] > -70) out[slot::ring_proximal] = -70;
+            if (out[slot::ring_proximal] < -76) out[slot::ring_proximal] = -76;
         }
         // Ring and little fully bent: they close completely under the thumb.
-        if (out[6] > -50 && out[10] > -50 && out[14] < -70 && out[18] < -70) {
-            out[1] = -35;
-            out[0] = -35;
-            if (out[2] > -100) out[2] = -100;
-            if (out[2] < -110) out[2] = -110;
-            out[13] = out[14] = out[17] = out[18] = -100;
+        if (out[slot::index_proximal] > -50 && out[slot::middle_proximal] > -50 && out[slot::ring_proximal] < -70 && out[slot::little_proximal] < -70) {
+            out[slot::thumb_proximal] = -35;
+            out[slot::thumb_base] = -35;
+            if (out[slot::thumb_distal] > -100) out[slot::thumb_distal] = -100;
+            if (out[slot::thumb_distal] < -110) out[slot::thumb_distal] = -110;
+            out[slot::ring_distal] = out[slot::ring_proximal] = out[slot::little_distal] = out[slot::little_proximal] = -100;
         }
         // Little finger pinch.
-        if (out[6] > -50 && out[10] > -50 && out[14] > -50 && out[18] < -50) {
-            out[1] = -30;
-            out[0] = -30;
-            out[2] = -110;
-            out[17] = -40;
-            out[18] = -76;
+        if (out[slot::index_proximal] > -50 && out[slot::middle_proximal] > -50 && out[slot::ring_proximal] > -50 && out[slot::little_proximal] < -50) {
+            out[slot::thumb_proximal] = -30;
+            out[slot::thumb_base] = -30;
+            out[slot::thumb_distal] = -110;
+            out[slot::little_distal] = -40;
+            out[slot::little_proximal] = -76;
         }
     }
     // A fist closes every finger fully, whatever the thumb does.
-    if (out[6] < -80 && out[10] < -80 && out[14] < -80 && out[18] < -60)
-        out[5] = out[6] = out[10] = out[14] = out[18] = out[9] = out[13] = out[17] = -100;
+    if (out[slot::index_proximal] < -80 && out[slot::middle_proximal] < -80 && out[slot::ring_proximal] < -80 && out[slot::little_proximal] < -60)
+        out[slot::index_distal] = out[slot::index_proximal] = out[slot::middle_proximal] = out[slot::ring_proximal] = out[slot::little_proximal] = out[slot::middle_distal] = out[slot::ring_distal] = out[slot::little_distal] = -100;
 
     out[k] = -1.0;
     flip_thumb_and_index(out);

@@ -40,40 +40,40 @@ constexpr ThresholdPair index_active_threshold{-30.0f, -75.0f};
 void pinch(TargetArray& out, bool* done) {
     if (!thumb_active(out, thumb_active_threshold)) return;
 
-    const bool index_close = out[6] <= double(index_active_threshold.at_or_below) ||
-                             out[1] + out[6] <= sum_of_upper_edges(thumb_active_threshold, index_active_threshold);
-    if (out[6] >= double(index_active_threshold.at_or_above) && out[20] >= -20 && index_close) {
+    const bool index_close = out[slot::index_proximal] <= double(index_active_threshold.at_or_below) ||
+                             out[slot::thumb_proximal] + out[slot::index_proximal] <= sum_of_upper_edges(thumb_active_threshold, index_active_threshold);
+    if (out[slot::index_proximal] >= double(index_active_threshold.at_or_above) && out[slot::thumb_rotation] >= -20 && index_close) {
         if (done[0]) {
-            out[6] = pinch_toward(out[6], -44, 0.5f, 10.0f);
-            out[2] = pinch_toward(out[2] * 1.2, -43, 0.8f, 25.0f);
-            done[0] = out[6] <= double(-30.8f) && out[2] <= double(-30.1f);
+            out[slot::index_proximal] = pinch_toward(out[slot::index_proximal], -44, 0.5f, 10.0f);
+            out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * 1.2, -43, 0.8f, 25.0f);
+            done[0] = out[slot::index_proximal] <= double(-30.8f) && out[slot::thumb_distal] <= double(-30.1f);
         } else {
-            out[6] = pinch_toward(out[6], -44, 0.15f);
-            out[2] = pinch_toward(out[2] * 1.05, -43, 0.5f);
+            out[slot::index_proximal] = pinch_toward(out[slot::index_proximal], -44, 0.15f);
+            out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * 1.05, -43, 0.5f);
         }
-        out[1] = -34;
-        out[20] = 15;
-        out[3] = 18;
-        out[5] = -51;
+        out[slot::thumb_proximal] = -34;
+        out[slot::thumb_rotation] = 15;
+        out[slot::thumb_abduction] = 18;
+        out[slot::index_distal] = -51;
         // Reaching both targets (the pull never passes them) latches the pinch.
-        done[0] = done[0] || (out[6] <= -44 && out[2] <= -43);
+        done[0] = done[0] || (out[slot::index_proximal] <= -44 && out[slot::thumb_distal] <= -43);
     }
 
-    if (out[10] < -36.9 && out[18] > -40) {
+    if (out[slot::middle_proximal] < -36.9 && out[slot::little_proximal] > -40) {
         if (done[1]) {
-            out[2] = pinch_toward(out[2], -44, 0.5f, 10.0f);
-            out[10] = pinch_toward(out[10], -41, 0.8f, 15.0f);
+            out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal], -44, 0.5f, 10.0f);
+            out[slot::middle_proximal] = pinch_toward(out[slot::middle_proximal], -41, 0.8f, 15.0f);
             // -28.7 as the firmware's single-precision constant was recorded.
-            done[1] = out[10] <= -28.69999885559082 && out[2] <= double(-30.8f);
+            done[1] = out[slot::middle_proximal] <= -28.69999885559082 && out[slot::thumb_distal] <= double(-30.8f);
         } else {
-            out[2] = pinch_toward(out[2] * 1.1, -44, 0.4f);
-            out[10] = pinch_toward(out[10], -41, 0.4f);
+            out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * 1.1, -44, 0.4f);
+            out[slot::middle_proximal] = pinch_toward(out[slot::middle_proximal], -41, 0.4f);
         }
-        out[1] = -46;
-        out[20] = 21;
-        out[3] = 28;
-        out[9] = -56;
-        done[1] = done[1] || (out[10] <= -41 && out[2] <= -44);
+        out[slot::thumb_proximal] = -46;
+        out[slot::thumb_rotation] = 21;
+        out[slot::thumb_abduction] = 28;
+        out[slot::middle_distal] = -56;
+        done[1] = done[1] || (out[slot::middle_proximal] <= -41 && out[slot::thumb_distal] <= -44);
     }
 }
 
@@ -90,7 +90,7 @@ quil::TargetArray quil::hands::RUIYAN_RY_H15(const InputAngles& in, const Memory
     ruiyan_chain::fist_boost(out, kAlwaysBoost, kFistGains);
     ruiyan_chain::distal_and_full_bend(out, /*lock_little=*/true);
     pinch(out, memory.fingerPinchDone);
-    out[23] = -1.0;
+    out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);
     return out;
 }

@@ -45,36 +45,36 @@ constexpr banded_finger_chain::Bands kBands{
 void joint_chain(TargetArray& out) {
     // The rotation follows thumb slot 2 both ways; at exactly -10 the lower branch still
     // rescales it.
-    if (out[2] > -10) {
-        out[3] = out[3] - (out[2] + 10) * 2.3;
-        if (out[3] > 25) out[3] = 25;
+    if (out[slot::thumb_distal] > -10) {
+        out[slot::thumb_abduction] = out[slot::thumb_abduction] - (out[slot::thumb_distal] + 10) * 2.3;
+        if (out[slot::thumb_abduction] > 25) out[slot::thumb_abduction] = 25;
     }
-    if (out[2] <= -10) {
-        out[3] = out[3] + (out[2] + 10) * 0.15;
-        out[3] = out[3] * 0.78;
-        if (out[3] < 20) out[3] = 20;
+    if (out[slot::thumb_distal] <= -10) {
+        out[slot::thumb_abduction] = out[slot::thumb_abduction] + (out[slot::thumb_distal] + 10) * 0.15;
+        out[slot::thumb_abduction] = out[slot::thumb_abduction] * 0.78;
+        if (out[slot::thumb_abduction] < 20) out[slot::thumb_abduction] = 20;
     }
     // Spreads, banded thumb and fingers, distal joints and full-bend locks.
     banded_finger_chain::banded_joints(out, kBands);
 }
 
 // With the thumb reaching (slot 1 at or below -40, slot 2 not below -75), the bending finger
-// picks the pose. An index pose leaves out[6] at -43, which shuts out the others; out[14] at
+// picks the pose. An index pose leaves out[slot::index_proximal] at -43, which shuts out the others; out[slot::ring_proximal] at
 // exactly -30 is neither a ring nor a little pinch.
 void pinch_poses(TargetArray& out) {
-    if (!(out[1] <= -40 && out[2] >= -75)) return;
-    if (out[6] <= -35 && out[6] >= -70) {
-        out[2] = -26; out[3] = 20; out[6] = -43;
+    if (!(out[slot::thumb_proximal] <= -40 && out[slot::thumb_distal] >= -75)) return;
+    if (out[slot::index_proximal] <= -35 && out[slot::index_proximal] >= -70) {
+        out[slot::thumb_distal] = -26; out[slot::thumb_abduction] = 20; out[slot::index_proximal] = -43;
     }
-    const bool middle = out[6] > -40 && out[10] <= -31 && out[18] > -40;
+    const bool middle = out[slot::index_proximal] > -40 && out[slot::middle_proximal] <= -31 && out[slot::little_proximal] > -40;
     if (middle) {
-        out[2] = -23; out[3] = 25; out[10] = -45;
+        out[slot::thumb_distal] = -23; out[slot::thumb_abduction] = 25; out[slot::middle_proximal] = -45;
     }
-    if (!middle && out[6] > -40 && out[10] > -40 && out[14] < -30 && out[18] > -40) {
-        out[2] = -23; out[3] = 28; out[14] = -41;
+    if (!middle && out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] < -30 && out[slot::little_proximal] > -40) {
+        out[slot::thumb_distal] = -23; out[slot::thumb_abduction] = 28; out[slot::ring_proximal] = -41;
     }
-    if (out[6] > -40 && out[10] > -40 && out[14] > -30 && out[18] < -35) {
-        out[2] = -18; out[3] = 30; out[18] = -55;
+    if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -30 && out[slot::little_proximal] < -35) {
+        out[slot::thumb_distal] = -18; out[slot::thumb_abduction] = 30; out[slot::little_proximal] = -55;
     }
 }
 

@@ -13,6 +13,8 @@
 #include <cstddef>
 #include <limits>
 
+#include "core/slots.h"
+
 namespace quil {
 
 enum class SlotKind : int { joint = 0, follower = 1, fixed = 2, unused = 3, terminator = 4, gesture_code = 5 };
@@ -64,10 +66,10 @@ constexpr SlotRelation tip_follows_distal(int tip, double share = 0.8, double of
 // leaves the hand negated, so its gain appears here with the opposite sign.
 constexpr SlotRelation middle_spread_between(double index_gain, double ring_gain) {
     SlotRelation r;
-    r.slot = 11;
-    r.source[0] = 7;
+    r.slot = slot::middle_spread;
+    r.source[0] = slot::index_spread;
     r.scale[0] = -index_gain;
-    r.source[1] = 15;
+    r.source[1] = slot::ring_spread;
     r.scale[1] = -ring_gain;
     return r;
 }
@@ -75,8 +77,8 @@ constexpr SlotRelation middle_spread_between(double index_gain, double ring_gain
 // The thumb rotation rebuilt from the thumb tip as share * tip + offset, then mirrored.
 constexpr SlotRelation rotation_follows_thumb_tip(double share, double offset) {
     SlotRelation r;
-    r.slot = 20;
-    r.source[0] = 2;
+    r.slot = slot::thumb_rotation;
+    r.source[0] = slot::thumb_distal;
     r.scale[0] = share;
     r.offset = offset;
     r.negated = true;
@@ -95,12 +97,12 @@ constexpr SlotRelation follows_by_rule(int slot, int source, double (*rule)(cons
 
 // The thumb tip rebuilt from the thumb's proximal joint at 0.9 (single precision), at most -75 deep.
 inline double thumb_tip_from_proximal(const double* t) {
-    double v = t[1] * double(0.9f);
+    double v = t[slot::thumb_proximal] * double(0.9f);
     if (v < -75) v = -75;
     return v;
 }
 constexpr SlotRelation kThumbTipFollowsProximal =
-    follows_by_rule(2, 1, thumb_tip_from_proximal, "max(slot 1 * 0.9f, -75)");
+    follows_by_rule(slot::thumb_distal, slot::thumb_proximal, thumb_tip_from_proximal, "max(slot 1 * 0.9f, -75)");
 
 constexpr std::size_t kMaxFollowers = 8;
 
@@ -132,10 +134,10 @@ struct SlotDeclaration {
 constexpr SlotDeclaration kNoFollowers{};
 
 // The four finger tips following their distal joints at 0.8, as most hands have them.
-constexpr SlotDeclaration kTipsAtEightTenths = kNoFollowers.plus(tip_follows_distal(4))
-                                                   .plus(tip_follows_distal(8))
-                                                   .plus(tip_follows_distal(12))
-                                                   .plus(tip_follows_distal(16));
+constexpr SlotDeclaration kTipsAtEightTenths = kNoFollowers.plus(tip_follows_distal(slot::index_tip))
+                                                   .plus(tip_follows_distal(slot::middle_tip))
+                                                   .plus(tip_follows_distal(slot::ring_tip))
+                                                   .plus(tip_follows_distal(slot::little_tip));
 
 // The role of each slot, and what it means for the robot.
 struct SlotRole {

@@ -21,8 +21,8 @@ namespace {
 
 using namespace quil;
 
-// The hand's thumb and four fingers at a pinch: the thumb pose (out[0], out[1], out[2],
-// out[20], out[3]) and three slots of the pinching finger.
+// The hand's thumb and four fingers at a pinch: the thumb pose (out[slot::thumb_base], out[slot::thumb_proximal], out[slot::thumb_distal],
+// out[slot::thumb_rotation], out[slot::thumb_abduction]) and three slots of the pinching finger.
 struct PinchPose {
     double roll, base, tip, spread, rotation;
     int finger_slot;  // first of the finger's three slots
@@ -30,11 +30,11 @@ struct PinchPose {
 };
 
 void apply(TargetArray& out, const PinchPose& p) {
-    out[0] = p.roll;
-    out[1] = p.base;
-    out[2] = p.tip;
-    out[20] = p.spread;
-    out[3] = p.rotation;
+    out[slot::thumb_base] = p.roll;
+    out[slot::thumb_proximal] = p.base;
+    out[slot::thumb_distal] = p.tip;
+    out[slot::thumb_rotation] = p.spread;
+    out[slot::thumb_abduction] = p.rotation;
     for (int i = 0; i < 3; ++i) out[p.finger_slot + i] = p.finger[i];
 }
 
@@ -58,15 +58,15 @@ constexpr PinchPose kLittlePinch{0, -53, 30, -45, 22, 16, {-38, -35, -56}};
 // pinch pose. A fired index pose leaves the index at -61, which shuts out the others; a ring
 // pose leaves the ring at -79, which shuts out the little pose.
 void pinch_poses(TargetArray& out) {
-    if (!(out[1] <= -45 && out[1] >= -65)) return;
-    if (out[6] <= -40 && out[6] >= -65) apply(out, kIndexPinch);
-    if (out[6] > -40 && out[10] < -40 && out[18] > -40) {
+    if (!(out[slot::thumb_proximal] <= -45 && out[slot::thumb_proximal] >= -65)) return;
+    if (out[slot::index_proximal] <= -40 && out[slot::index_proximal] >= -65) apply(out, kIndexPinch);
+    if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] < -40 && out[slot::little_proximal] > -40) {
         apply(out, kMiddlePinch);
-    } else if (out[6] > -40 && out[10] > -40 && out[14] < -30 && out[18] > -40) {
+    } else if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] < -30 && out[slot::little_proximal] > -40) {
         apply(out, kRingPinch);
     }
     // The little finger is recognised by its middle joint.
-    if (out[6] > -40 && out[10] > -40 && out[14] > -30 && out[17] < -30) apply(out, kLittlePinch);
+    if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -30 && out[slot::little_distal] < -30) apply(out, kLittlePinch);
 }
 
 }  // namespace
@@ -82,52 +82,52 @@ quil::TargetArray quil::hands::TalentRobot_Pro(const InputAngles& in, const Memo
     couple_spreads(out, banded_finger_chain::kSpread);
 
     // Thumb roll: shallow bends damped.
-    if (out[0] > -20) {
-        out[0] = out[0] * 0.5;
-    } else if (out[0] > -60) {
-        out[0] = 0.4 * out[0] - 5.0;
+    if (out[slot::thumb_base] > -20) {
+        out[slot::thumb_base] = out[slot::thumb_base] * 0.5;
+    } else if (out[slot::thumb_base] > -60) {
+        out[slot::thumb_base] = 0.4 * out[slot::thumb_base] - 5.0;
     }
-    if (out[0] < -90) out[0] = -90;
+    if (out[slot::thumb_base] < -90) out[slot::thumb_base] = -90;
     // Thumb base: shallow bends amplified, the middle band compressed.
-    if (out[1] > -20) {
-        out[1] = out[1] * 1.2;
-    } else if (out[1] > -60) {
-        out[1] = 0.6 * out[1] - 20.0;
+    if (out[slot::thumb_proximal] > -20) {
+        out[slot::thumb_proximal] = out[slot::thumb_proximal] * 1.2;
+    } else if (out[slot::thumb_proximal] > -60) {
+        out[slot::thumb_proximal] = 0.6 * out[slot::thumb_proximal] - 20.0;
     } else {
-        out[1] = out[1] + 4.0;
+        out[slot::thumb_proximal] = out[slot::thumb_proximal] + 4.0;
     }
-    if (out[1] > 0) out[1] = 0;
-    if (out[1] < -90) out[1] = -90;
+    if (out[slot::thumb_proximal] > 0) out[slot::thumb_proximal] = 0;
+    if (out[slot::thumb_proximal] < -90) out[slot::thumb_proximal] = -90;
     // Thumb tip: the glove's [-60, 0] lands on the hand's [-40, 50]. Both upper bands carry the
     // same factor; the firmware keeps them apart.
-    if (out[2] > -20) {
-        out[2] = out[2] * 0.8;
-    } else if (out[2] > -50) {
-        out[2] = out[2] * 0.8;
+    if (out[slot::thumb_distal] > -20) {
+        out[slot::thumb_distal] = out[slot::thumb_distal] * 0.8;
+    } else if (out[slot::thumb_distal] > -50) {
+        out[slot::thumb_distal] = out[slot::thumb_distal] * 0.8;
     }
-    out[2] = out[2] * 1.5 + 50.0;
-    if (out[2] < -75) out[2] = -75;
+    out[slot::thumb_distal] = out[slot::thumb_distal] * 1.5 + 50.0;
+    if (out[slot::thumb_distal] < -75) out[slot::thumb_distal] = -75;
     // The rotation follows the tip: strongly while the tip is open, gently as it bends.
-    if (out[2] > -10) {
-        out[3] = out[3] - (out[2] + 10.0) * 1.2;
-        if (out[3] > 30) out[3] = 30;
+    if (out[slot::thumb_distal] > -10) {
+        out[slot::thumb_abduction] = out[slot::thumb_abduction] - (out[slot::thumb_distal] + 10.0) * 1.2;
+        if (out[slot::thumb_abduction] > 30) out[slot::thumb_abduction] = 30;
     }
-    if (out[2] < -10) {
-        out[3] = out[3] + (out[2] + 10.0) * 0.35;
-        if (out[3] < 20) out[3] = 20;
+    if (out[slot::thumb_distal] < -10) {
+        out[slot::thumb_abduction] = out[slot::thumb_abduction] + (out[slot::thumb_distal] + 10.0) * 0.35;
+        if (out[slot::thumb_abduction] < 20) out[slot::thumb_abduction] = 20;
     }
     // Thumb spread, the deepest band scaled less; a full spread holds back base and roll.
-    if (out[20] > -15) {
-        out[20] = out[20] * 0.6;
-    } else if (out[20] > -30) {
-        out[20] = out[20] * 0.6;
+    if (out[slot::thumb_rotation] > -15) {
+        out[slot::thumb_rotation] = out[slot::thumb_rotation] * 0.6;
+    } else if (out[slot::thumb_rotation] > -30) {
+        out[slot::thumb_rotation] = out[slot::thumb_rotation] * 0.6;
     } else {
-        out[20] = out[20] * 0.7;
+        out[slot::thumb_rotation] = out[slot::thumb_rotation] * 0.7;
     }
-    if (out[20] < -45) {
-        out[20] = -45;
-        if (out[1] < -44) out[1] = -44;
-        if (out[0] < -49) out[0] = -49;
+    if (out[slot::thumb_rotation] < -45) {
+        out[slot::thumb_rotation] = -45;
+        if (out[slot::thumb_proximal] < -44) out[slot::thumb_proximal] = -44;
+        if (out[slot::thumb_base] < -49) out[slot::thumb_base] = -49;
     }
 
     // Finger gains: proximal joints slightly reduced, middle joints amplified while shallow;

@@ -56,20 +56,20 @@ double pinch_ease(double v, int limit) {
 
 // The thumb is scaled down by the palm opening; the unscaled thumb is kept for the pinches.
 void scale_thumb(TargetArray& out, const MemoryRef& memory) {
-    *memory.thumb1_ref_val = out[2];
-    *memory.thumb2_ref_val = out[1];
-    if (out[3] <= 22) {
-        out[2] = 0.3 * out[2];
-        out[1] = 0.3 * out[1];
+    *memory.thumb1_ref_val = out[slot::thumb_distal];
+    *memory.thumb2_ref_val = out[slot::thumb_proximal];
+    if (out[slot::thumb_abduction] <= 22) {
+        out[slot::thumb_distal] = 0.3 * out[slot::thumb_distal];
+        out[slot::thumb_proximal] = 0.3 * out[slot::thumb_proximal];
     } else {
-        out[2] = out[2] * (out[3] / 30.0);
-        out[1] = out[1] * (out[3] / 30.0);
+        out[slot::thumb_distal] = out[slot::thumb_distal] * (out[slot::thumb_abduction] / 30.0);
+        out[slot::thumb_proximal] = out[slot::thumb_proximal] * (out[slot::thumb_abduction] / 30.0);
     }
 }
 
 void restore_thumb(TargetArray& out, const MemoryRef& memory) {
-    out[2] = *memory.thumb1_ref_val;
-    out[1] = *memory.thumb2_ref_val;
+    out[slot::thumb_distal] = *memory.thumb1_ref_val;
+    out[slot::thumb_proximal] = *memory.thumb2_ref_val;
 }
 
 void pinch(TargetArray& out, const MemoryRef& memory) {
@@ -78,69 +78,69 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
 
     // The thumb counts as active when either its unscaled or its scaled base is bent enough.
     const double thumb_bent = thumb_active_threshold.at_or_below;
-    const bool thumb_active = (*memory.thumb2_ref_val <= thumb_bent || out[1] <= thumb_bent) &&
-                              out[2] >= double(thumb_active_threshold.at_or_above);
+    const bool thumb_active = (*memory.thumb2_ref_val <= thumb_bent || out[slot::thumb_proximal] <= thumb_bent) &&
+                              out[slot::thumb_distal] >= double(thumb_active_threshold.at_or_above);
     const bool index_in_band = quil::index_in_band(out, index_active_threshold);
     const bool index_near_thumb = index_reaches(out, thumb_active_threshold, index_active_threshold) &&
-                                  out[6] <= double(index_active_threshold.at_or_below * 0.5f);
-    const bool thumb_not_spread = out[20] >= -20;
+                                  out[slot::index_proximal] <= double(index_active_threshold.at_or_below * 0.5f);
+    const bool thumb_not_spread = out[slot::thumb_rotation] >= -20;
 
     if (index.runs(thumb_active && (index_in_band || index_near_thumb) && thumb_not_spread,
                    thumb_active || index_in_band)) {
-        if (out[6] < -35) restore_thumb(out, memory);
-        out[0] = 0;
-        out[1] = pinch_ease(out[1] * 1.25, -54);
-        out[20] = 9;
-        out[3] = 21;
-        out[4] = 0;
-        out[5] = -59;
-        out[2] = pinch_ease(out[2], -49);
-        out[6] = pinch_ease(out[6] * 1.25, -66);
-        index.settle(out[6] <= -66 && out[2] <= -49, out[6] <= double(-46.2f) && out[2] <= double(-34.3f));
+        if (out[slot::index_proximal] < -35) restore_thumb(out, memory);
+        out[slot::thumb_base] = 0;
+        out[slot::thumb_proximal] = pinch_ease(out[slot::thumb_proximal] * 1.25, -54);
+        out[slot::thumb_rotation] = 9;
+        out[slot::thumb_abduction] = 21;
+        out[slot::index_tip] = 0;
+        out[slot::index_distal] = -59;
+        out[slot::thumb_distal] = pinch_ease(out[slot::thumb_distal], -49);
+        out[slot::index_proximal] = pinch_ease(out[slot::index_proximal] * 1.25, -66);
+        index.settle(out[slot::index_proximal] <= -66 && out[slot::thumb_distal] <= -49, out[slot::index_proximal] <= double(-46.2f) && out[slot::thumb_distal] <= double(-34.3f));
     }
 
     // Read after the index pinch; the thumb's activity stays as it was before it.
-    const bool middle_in_band = out[10] < -59 && out[10] >= -75;
-    const bool middle_trigger = thumb_active && out[10] < -47.2 && out[18] > -40;
-    const bool little_in_band = out[18] < -50.25 && out[18] > -80;
+    const bool middle_in_band = out[slot::middle_proximal] < -59 && out[slot::middle_proximal] >= -75;
+    const bool middle_trigger = thumb_active && out[slot::middle_proximal] < -47.2 && out[slot::little_proximal] > -40;
+    const bool little_in_band = out[slot::little_proximal] < -50.25 && out[slot::little_proximal] > -80;
 
     if (middle.runs(middle_trigger, thumb_active || middle_in_band)) {
-        if (out[10] < -35) restore_thumb(out, memory);
-        out[2] = pinch_ease(out[2], -52);
-        out[10] = pinch_ease(out[10] * double(1.15f), -59);
-        out[0] = 0;
-        out[1] = -61;
-        out[20] = 9;
-        out[3] = 25;
-        out[8] = 0;
-        out[9] = -59;
+        if (out[slot::middle_proximal] < -35) restore_thumb(out, memory);
+        out[slot::thumb_distal] = pinch_ease(out[slot::thumb_distal], -52);
+        out[slot::middle_proximal] = pinch_ease(out[slot::middle_proximal] * double(1.15f), -59);
+        out[slot::thumb_base] = 0;
+        out[slot::thumb_proximal] = -61;
+        out[slot::thumb_rotation] = 9;
+        out[slot::thumb_abduction] = 25;
+        out[slot::middle_tip] = 0;
+        out[slot::middle_distal] = -59;
         // -36.4 as the firmware's single-precision constant was recorded.
-        middle.settle(out[10] <= -59 && out[2] <= -52, out[10] <= double(-41.3f) && out[2] <= -36.39999771118164);
-    } else if (thumb_active && out[6] > -40 && out[10] > -40 && out[14] < -36.60000228881836 && out[18] > -40) {
+        middle.settle(out[slot::middle_proximal] <= -59 && out[slot::thumb_distal] <= -52, out[slot::middle_proximal] <= double(-41.3f) && out[slot::thumb_distal] <= -36.39999771118164);
+    } else if (thumb_active && out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] < -36.60000228881836 && out[slot::little_proximal] > -40) {
         // Ring pinch, only while its trigger holds (-36.6 as the firmware's single-precision
         // constant was recorded).
-        if (out[14] < -35) restore_thumb(out, memory);
-        out[0] = 0;
-        out[1] = -58;
-        out[20] = 0;
-        out[3] = 30;
-        out[12] = 0;
-        out[13] = -83;
-        out[2] = pinch_ease(out[2] * double(1.1f), -55);
-        out[14] = pinch_ease(out[14] * double(1.2f), -61);
+        if (out[slot::ring_proximal] < -35) restore_thumb(out, memory);
+        out[slot::thumb_base] = 0;
+        out[slot::thumb_proximal] = -58;
+        out[slot::thumb_rotation] = 0;
+        out[slot::thumb_abduction] = 30;
+        out[slot::ring_tip] = 0;
+        out[slot::ring_distal] = -83;
+        out[slot::thumb_distal] = pinch_ease(out[slot::thumb_distal] * double(1.1f), -55);
+        out[slot::ring_proximal] = pinch_ease(out[slot::ring_proximal] * double(1.2f), -61);
     }
 
     // Little pinch, after either of the above; its thumb pose wins.
-    if (thumb_active && little_in_band && out[6] > -40 && out[10] > -40 && out[14] > -30) {
-        if (out[18] < -35) restore_thumb(out, memory);
-        out[0] = 0;
-        out[1] = -52;
-        out[20] = 2;
-        out[3] = 30;
-        out[17] = -73;
-        out[16] = 0;
-        out[2] = pinch_ease(out[2] * double(1.1f), -75);
-        out[18] = pinch_ease(out[18] * double(1.3f), -67);
+    if (thumb_active && little_in_band && out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -30) {
+        if (out[slot::little_proximal] < -35) restore_thumb(out, memory);
+        out[slot::thumb_base] = 0;
+        out[slot::thumb_proximal] = -52;
+        out[slot::thumb_rotation] = 2;
+        out[slot::thumb_abduction] = 30;
+        out[slot::little_distal] = -73;
+        out[slot::little_tip] = 0;
+        out[slot::thumb_distal] = pinch_ease(out[slot::thumb_distal] * double(1.1f), -75);
+        out[slot::little_proximal] = pinch_ease(out[slot::little_proximal] * double(1.3f), -67);
     }
 }
 
@@ -155,13 +155,13 @@ quil::TargetArray quil::hands::TetherIA_AeroHandOpen(const InputAngles& in, cons
     }
     ruiyan_chain::thumb_and_fingers(out, kChain);
     // The thumb roll is not driven, except on a fist.
-    out[0] = 0;
-    if (ruiyan_chain::fist_boost(out, kFist, kFistGains)) out[0] = -50;
-    if (out[1] < -55) out[1] = -55;
+    out[slot::thumb_base] = 0;
+    if (ruiyan_chain::fist_boost(out, kFist, kFistGains)) out[slot::thumb_base] = -50;
+    if (out[slot::thumb_proximal] < -55) out[slot::thumb_proximal] = -55;
     scale_thumb(out, memory);
     ruiyan_chain::distal_and_full_bend(out, /*lock_little=*/false);
     pinch(out, memory);
-    out[23] = -1.0;
+    out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);
     return out;
 }
