@@ -225,7 +225,9 @@ inline void flip_signs(TargetArray& out, std::initializer_list<int> slots) {
 }
 
 // Most hands mirror the thumb rotation (3), the index abduction (7) and the second thumb value (20).
-inline void flip_thumb_and_index(TargetArray& out) { flip_signs(out, {slot::thumb_abduction, slot::index_spread, slot::thumb_rotation}); }
+inline void flip_thumb_and_index(TargetArray& out) {
+    flip_signs(out, {slot::thumb_abduction, slot::index_spread, slot::thumb_rotation});
+}
 
 // The host-side checksum helper some hands carry: a * b * 2 - 2 in wrapping 32-bit arithmetic.
 inline int get_data1(int a, int b) {

@@ -9,9 +9,11 @@
 
 namespace quil {
 
-// Thumb ready to pinch: its first joint (out[slot::thumb_proximal]) at or below [0], its tip (out[slot::thumb_distal]) at or above [1].
+// Thumb ready to pinch: its first joint (out[slot::thumb_proximal]) at or below [0], its tip
+// (out[slot::thumb_distal]) at or above [1].
 inline bool thumb_active(const TargetArray& out, const ThresholdPair& thumb) {
-    return out[slot::thumb_proximal] <= double(thumb.at_or_below) && out[slot::thumb_distal] >= double(thumb.at_or_above);
+    return out[slot::thumb_proximal] <= double(thumb.at_or_below) &&
+           out[slot::thumb_distal] >= double(thumb.at_or_above);
 }
 
 // Index knuckle (out[slot::index_proximal]) inside the pinch band of the index pair.
@@ -22,7 +24,8 @@ inline bool index_in_band(const TargetArray& out, const ThresholdPair& index) {
 // Index reaching for the thumb: thumb and index bends together at or below the sum of both pairs'
 // [0] edges, the index not past the band's lower edge.
 inline bool index_reaches(const TargetArray& out, const ThresholdPair& thumb, const ThresholdPair& index) {
-    return out[slot::thumb_proximal] + out[slot::index_proximal] <= sum_of_upper_edges(index, thumb) && out[slot::index_proximal] >= double(index.at_or_above);
+    return out[slot::thumb_proximal] + out[slot::index_proximal] <= sum_of_upper_edges(index, thumb) &&
+           out[slot::index_proximal] >= double(index.at_or_above);
 }
 
 }  // namespace quil

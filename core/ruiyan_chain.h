@@ -41,7 +41,8 @@ enum class ThumbBaseBands {
 };
 
 // The thumb tip (out[slot::thumb_distal]) is rebuilt from itself and the thumb base:
-//   out[slot::thumb_distal] = (out[slot::thumb_distal] * tip_weight + base_share * out[slot::thumb_proximal] * (1 - tip_weight)) * scale.
+//   out[slot::thumb_distal] = (out[slot::thumb_distal] * tip_weight + base_share * out[slot::thumb_proximal] * (1 -
+//   tip_weight)) * scale.
 struct ThumbTipBlend {
     double tip_weight;
     double base_share;
@@ -100,7 +101,9 @@ inline void thumb_joints(TargetArray& out, const ChainVariant& v) {
     // The firmware splits the tip at -20 and -50 with the same (unit) factor in every band; the
     // tip is then rebuilt as a blend with the base.
     const ThumbTipBlend& b = v.thumb_tip;
-    out[slot::thumb_distal] = (out[slot::thumb_distal] * b.tip_weight + b.base_share * out[slot::thumb_proximal] * (1.0 - b.tip_weight)) * b.scale;
+    out[slot::thumb_distal] =
+        (out[slot::thumb_distal] * b.tip_weight + b.base_share * out[slot::thumb_proximal] * (1.0 - b.tip_weight)) *
+        b.scale;
     if (out[slot::thumb_distal] < -75) out[slot::thumb_distal] = -75;
 
     // Thumb spread, with the thumb base and roll held back when it is fully spread.
@@ -225,7 +228,8 @@ inline void thumb_and_fingers(TargetArray& out, const ChainVariant& v) {
 // The fist test: the proximal joints of all four fingers at or below (that is, bent at least
 // as far as) these bounds. Positive bounds make it pass on every sample.
 struct FistBounds {
-    double index, middle, ring, little;  // out[slot::index_proximal], out[slot::middle_proximal], out[slot::ring_proximal], out[slot::little_proximal]
+    double index, middle, ring, little;  // out[slot::index_proximal], out[slot::middle_proximal],
+                                         // out[slot::ring_proximal], out[slot::little_proximal]
 };
 
 // What a fist does: the middle finger bends `middle` times further (about 15%) and the thumb
@@ -237,7 +241,8 @@ struct FistGains {
 
 // Returns whether the fist test passed.
 inline bool fist_boost(TargetArray& out, const FistBounds& b, const FistGains& g) {
-    if (out[slot::index_proximal] <= b.index && out[slot::middle_proximal] <= b.middle && out[slot::ring_proximal] <= b.ring && out[slot::little_proximal] <= b.little) {
+    if (out[slot::index_proximal] <= b.index && out[slot::middle_proximal] <= b.middle &&
+        out[slot::ring_proximal] <= b.ring && out[slot::little_proximal] <= b.little) {
         out[slot::middle_proximal] = out[slot::middle_proximal] * g.middle;
         out[slot::thumb_rotation] = out[slot::thumb_rotation] * g.spread;
         return true;

@@ -39,12 +39,14 @@ inline void couple_thumb(TargetArray& out, ThumbSwingGains swing) {
     }
     out[slot::thumb_base] = Curve3{-20, -60, scale(0.5), affine(0.4, -5.0), unchanged}(out[slot::thumb_base]);
     if (out[slot::thumb_base] < -90) out[slot::thumb_base] = -90;
-    out[slot::thumb_proximal] = Curve3{-20, -60, scale(1.2), affine(0.6, -20.0), affine(1.0, 4.0)}(out[slot::thumb_proximal]);
+    out[slot::thumb_proximal] =
+        Curve3{-20, -60, scale(1.2), affine(0.6, -20.0), affine(1.0, 4.0)}(out[slot::thumb_proximal]);
     if (out[slot::thumb_proximal] > 0) out[slot::thumb_proximal] = 0;
     if (out[slot::thumb_proximal] < -90) out[slot::thumb_proximal] = -90;
     // The tip keeps its row value through all its bands; it only stops at -75.
     if (out[slot::thumb_distal] < -75) out[slot::thumb_distal] = -75;
-    out[slot::thumb_rotation] = out[slot::thumb_rotation] * (out[slot::thumb_rotation] > -15 ? swing.near_open : swing.beyond);
+    out[slot::thumb_rotation] =
+        out[slot::thumb_rotation] * (out[slot::thumb_rotation] > -15 ? swing.near_open : swing.beyond);
     if (out[slot::thumb_rotation] < -45) {
         out[slot::thumb_rotation] = -45;
         if (out[slot::thumb_proximal] < -44) out[slot::thumb_proximal] = -44;
@@ -101,7 +103,8 @@ inline void deepen_fist(TargetArray& out) {
         out[slot::ring_proximal] = 2 * out[slot::ring_proximal] < -81 ? -81 : 2 * out[slot::ring_proximal];
         out[slot::little_proximal] = 3 * out[slot::little_proximal] < -100 ? -100 : 3 * out[slot::little_proximal];
     }
-    if (out[slot::middle_proximal] <= -70 && out[slot::index_proximal] <= -30) out[slot::index_proximal] = 1.5 * out[slot::index_proximal] < -81 ? -81 : 1.5 * out[slot::index_proximal];
+    if (out[slot::middle_proximal] <= -70 && out[slot::index_proximal] <= -30)
+        out[slot::index_proximal] = 1.5 * out[slot::index_proximal] < -81 ? -81 : 1.5 * out[slot::index_proximal];
 }
 
 // While the index is not fully bent (out[slot::index_proximal] above `index_gate`), each of the middle and ring

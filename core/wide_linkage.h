@@ -12,7 +12,8 @@
 
 namespace quil {
 
-// The thumb tip (out[slot::thumb_distal]) and how it drags the thumb base joints (out[slot::thumb_base], out[slot::thumb_proximal]).
+// The thumb tip (out[slot::thumb_distal]) and how it drags the thumb base joints (out[slot::thumb_base],
+// out[slot::thumb_proximal]).
 struct ThumbTipLinkage {
     Curve3 curve;
     double floor;     // end stop of the tip
@@ -30,8 +31,8 @@ inline void bend_thumb_tip(TargetArray& out, const ThumbTipLinkage& t) {
     }
 }
 
-// The thumb's first joint (out[slot::thumb_proximal]), the index knuckle (out[slot::index_distal]) and the four fingers' proximal
-// (6, 10, 14, 18) and distal (9, 13, 17) slots, each through its curve and floored.
+// The thumb's first joint (out[slot::thumb_proximal]), the index knuckle (out[slot::index_distal]) and the four
+// fingers' proximal (6, 10, 14, 18) and distal (9, 13, 17) slots, each through its curve and floored.
 struct JointLinkages {
     Curve3 thumb_base;
     double thumb_base_floor;
@@ -45,7 +46,8 @@ inline void remap_joint_linkages(TargetArray& out, const JointLinkages& l) {
     if (out[slot::thumb_proximal] < l.thumb_base_floor) out[slot::thumb_proximal] = l.thumb_base_floor;
     out[slot::index_distal] = l.index_knuckle(out[slot::index_distal]);
     if (out[slot::index_distal] < l.index_knuckle_floor) out[slot::index_distal] = l.index_knuckle_floor;
-    l.fingers.apply(out, {slot::index_proximal, slot::middle_proximal, slot::ring_proximal, slot::little_proximal}, {slot::middle_distal, slot::ring_distal, slot::little_distal});
+    l.fingers.apply(out, {slot::index_proximal, slot::middle_proximal, slot::ring_proximal, slot::little_proximal},
+                    {slot::middle_distal, slot::ring_distal, slot::little_distal});
 }
 
 }  // namespace quil

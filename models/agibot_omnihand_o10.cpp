@@ -79,7 +79,8 @@ constexpr ruiyan_chain::FistGains kFistGains{double(1.15f), double(0.7f)};
 void joint_chain(TargetArray& out) {
     ruiyan_chain::rotation_from_tip(out);
     // The rotation also leans on thumb slots 1 and 2 directly.
-    out[slot::thumb_abduction] = out[slot::thumb_abduction] * 0.3 - double(0.2f) * out[slot::thumb_distal] - double(0.3f) * out[slot::thumb_proximal];
+    out[slot::thumb_abduction] = out[slot::thumb_abduction] * 0.3 - double(0.2f) * out[slot::thumb_distal] -
+                                 double(0.3f) * out[slot::thumb_proximal];
     if (out[slot::thumb_abduction] < 0) out[slot::thumb_abduction] = 0;
     if (out[slot::thumb_abduction] > 30) out[slot::thumb_abduction] = 30;
     // Thumb roll, base and tip bands; the thumb spread stops at -45 and then holds base and roll
@@ -110,7 +111,9 @@ void index_pinch(TargetArray& out, bool& held) {
         out[slot::index_proximal] = pinch_toward(out[slot::index_proximal], -41, 0.15f, 0.0f);
         out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * 1.25, -51, 0.7f, 0.0f);
     }
-    out[slot::thumb_proximal] = 0; out[slot::thumb_rotation] = 15; out[slot::thumb_abduction] = 16;
+    out[slot::thumb_proximal] = 0;
+    out[slot::thumb_rotation] = 15;
+    out[slot::thumb_abduction] = 16;
     if (out[slot::index_proximal] <= -41 && out[slot::thumb_distal] <= -51) held = true;
 }
 
@@ -126,7 +129,9 @@ bool middle_pinch(TargetArray& out, bool& held) {
         out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.1f), -53, 0.4f, 0.0f);
         out[slot::middle_proximal] = pinch_toward(out[slot::middle_proximal], -44, 0.4f, 0.0f);
     }
-    out[slot::thumb_proximal] = 0; out[slot::thumb_rotation] = 21; out[slot::thumb_abduction] = 19;
+    out[slot::thumb_proximal] = 0;
+    out[slot::thumb_rotation] = 21;
+    out[slot::thumb_abduction] = 19;
     if (out[slot::middle_proximal] <= -44 && out[slot::thumb_distal] <= -53) held = true;
     return true;
 }
@@ -137,16 +142,20 @@ void pinch_assist(TargetArray& out, bool* pinch_done) {
     if (!thumb_active(out, kThumbActive)) return;
     index_pinch(out, pinch_done[0]);
     const bool middle = middle_pinch(out, pinch_done[1]);
-    if (!middle && out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] < -30 && out[slot::little_proximal] > -40) {
+    if (!middle && out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 &&
+        out[slot::ring_proximal] < -30 && out[slot::little_proximal] > -40) {
         out[slot::thumb_proximal] = -36;
         out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.1f), -55, 0.2f, 0.0f);
-        out[slot::thumb_rotation] = 26; out[slot::thumb_abduction] = 24;
+        out[slot::thumb_rotation] = 26;
+        out[slot::thumb_abduction] = 24;
         out[slot::ring_proximal] = pinch_toward(out[slot::ring_proximal] * double(1.2f), -50, 0.2f, 0.0f);
     }
-    if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -30 && out[slot::little_proximal] < -35) {
+    if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -30 &&
+        out[slot::little_proximal] < -35) {
         out[slot::thumb_proximal] = -36;
         out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.2f), -55, 0.2f, 0.0f);
-        out[slot::thumb_rotation] = 34; out[slot::thumb_abduction] = 26;
+        out[slot::thumb_rotation] = 34;
+        out[slot::thumb_abduction] = 26;
         out[slot::little_proximal] = pinch_toward(out[slot::little_proximal] * 1.5, -66, 0.2f, 0.0f);
     }
 }

@@ -29,23 +29,50 @@ constexpr ThresholdPair kIndexActive{-35.0f, -70.0f};
 void pinch_poses(TargetArray& out) {
     if (!thumb_active(out, kThumbActive)) return;
     if (kIndexActive.within(out[slot::index_proximal])) {
-        out[slot::thumb_base] = 0; out[slot::thumb_proximal] = -37; out[slot::thumb_distal] = -7; out[slot::thumb_rotation] = -8; out[slot::thumb_abduction] = -8;
-        out[slot::index_tip] = 0; out[slot::index_distal] = -44; out[slot::index_proximal] = -39;
+        out[slot::thumb_base] = 0;
+        out[slot::thumb_proximal] = -37;
+        out[slot::thumb_distal] = -7;
+        out[slot::thumb_rotation] = -8;
+        out[slot::thumb_abduction] = -8;
+        out[slot::index_tip] = 0;
+        out[slot::index_distal] = -44;
+        out[slot::index_proximal] = -39;
     }
     // The index pose leaves out[slot::index_proximal] at -39, so a middle pinch can still replace it.
-    const bool middle = out[slot::index_proximal] > -40 && out[slot::middle_proximal] <= -35 && out[slot::little_proximal] > -40;
+    const bool middle =
+        out[slot::index_proximal] > -40 && out[slot::middle_proximal] <= -35 && out[slot::little_proximal] > -40;
     if (middle) {
-        out[slot::thumb_base] = 0; out[slot::thumb_proximal] = -36; out[slot::thumb_distal] = 0; out[slot::thumb_rotation] = -15; out[slot::thumb_abduction] = -11;
-        out[slot::middle_tip] = 0; out[slot::middle_distal] = -50; out[slot::middle_proximal] = -37;
+        out[slot::thumb_base] = 0;
+        out[slot::thumb_proximal] = -36;
+        out[slot::thumb_distal] = 0;
+        out[slot::thumb_rotation] = -15;
+        out[slot::thumb_abduction] = -11;
+        out[slot::middle_tip] = 0;
+        out[slot::middle_distal] = -50;
+        out[slot::middle_proximal] = -37;
     }
-    if (!middle && out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] <= -40 && out[slot::little_proximal] > -40) {
-        out[slot::thumb_base] = 0; out[slot::thumb_proximal] = -36; out[slot::thumb_distal] = 0; out[slot::thumb_rotation] = -28; out[slot::thumb_abduction] = -10;
-        out[slot::ring_tip] = 0; out[slot::ring_distal] = 0; out[slot::ring_proximal] = -40;
+    if (!middle && out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 &&
+        out[slot::ring_proximal] <= -40 && out[slot::little_proximal] > -40) {
+        out[slot::thumb_base] = 0;
+        out[slot::thumb_proximal] = -36;
+        out[slot::thumb_distal] = 0;
+        out[slot::thumb_rotation] = -28;
+        out[slot::thumb_abduction] = -10;
+        out[slot::ring_tip] = 0;
+        out[slot::ring_distal] = 0;
+        out[slot::ring_proximal] = -40;
     }
     // The ring pose leaves out[slot::ring_proximal] at -40, which the little pinch accepts.
-    if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -60 && out[slot::little_proximal] < -40) {
-        out[slot::thumb_base] = 0; out[slot::thumb_proximal] = -34; out[slot::thumb_distal] = 0; out[slot::thumb_rotation] = -31; out[slot::thumb_abduction] = -25;
-        out[slot::little_tip] = 0; out[slot::little_distal] = 0; out[slot::little_proximal] = -40;
+    if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -60 &&
+        out[slot::little_proximal] < -40) {
+        out[slot::thumb_base] = 0;
+        out[slot::thumb_proximal] = -34;
+        out[slot::thumb_distal] = 0;
+        out[slot::thumb_rotation] = -31;
+        out[slot::thumb_abduction] = -25;
+        out[slot::little_tip] = 0;
+        out[slot::little_distal] = 0;
+        out[slot::little_proximal] = -40;
     }
 }
 

@@ -103,7 +103,8 @@ quil::TargetArray quil::hands::BrainCo_Revo1(const InputAngles& in, const Memory
         out[slot::thumb_distal] = opposition - 45.0;
     if (out[slot::thumb_distal] < -90) out[slot::thumb_distal] = -90;
 
-    for (int i : {slot::index_proximal, slot::middle_proximal, slot::ring_proximal, slot::little_proximal}) out[i] = at_least(kProximal(out[i]), kFingerStop);
+    for (int i : {slot::index_proximal, slot::middle_proximal, slot::ring_proximal, slot::little_proximal})
+        out[i] = at_least(kProximal(out[i]), kFingerStop);
     close_spread(out[slot::little_spread], out[slot::little_proximal], 0.8, -5);
     follow_distal(out, 0.8);
 
@@ -116,8 +117,10 @@ quil::TargetArray quil::hands::BrainCo_Revo1(const InputAngles& in, const Memory
     // Fist: three fingers past -55 close together to the stop, and the index with them.
     if (out[slot::middle_proximal] < -55 && out[slot::ring_proximal] < -55 && out[slot::little_proximal] < -55)
         for (int i : {slot::middle_proximal, slot::ring_proximal, slot::little_proximal}) out[i] = kFingerStop;
-    if (out[slot::index_proximal] < -55 && out[slot::middle_proximal] < -55 && out[slot::ring_proximal] < -55 && out[slot::little_proximal] < -55)
-        for (int i : {slot::index_proximal, slot::middle_proximal, slot::ring_proximal, slot::little_proximal}) out[i] = kFingerStop;
+    if (out[slot::index_proximal] < -55 && out[slot::middle_proximal] < -55 && out[slot::ring_proximal] < -55 &&
+        out[slot::little_proximal] < -55)
+        for (int i : {slot::index_proximal, slot::middle_proximal, slot::ring_proximal, slot::little_proximal})
+            out[i] = kFingerStop;
 
     out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);

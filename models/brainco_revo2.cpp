@@ -102,7 +102,8 @@ quil::TargetArray quil::hands::BrainCo_Revo2(const InputAngles& in, const Memory
             out[slot::thumb_rotation] = 20;
             out[slot::thumb_abduction] = 28;
             out[slot::middle_proximal] = pinch_toward(out[slot::middle_proximal], -43, 0.2f);
-        } else if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] < -30 && out[slot::little_proximal] > -40) {
+        } else if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 &&
+                   out[slot::ring_proximal] < -30 && out[slot::little_proximal] > -40) {
             out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.1f), -28, 0.2f);
             out[slot::thumb_rotation] = 32;
             out[slot::thumb_abduction] = 30;

@@ -55,12 +55,14 @@ void pinch(TargetArray& out, bool* done) {
         out[slot::index_distal] = -51;
         out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.15f), -64, 0.8f);
         out[slot::index_proximal] = pinch_toward(out[slot::index_proximal], -50, 0.15f);
-        index.settle(out[slot::index_proximal] <= -50 && out[slot::thumb_distal] <= -64, out[slot::index_proximal] <= -35 && out[slot::thumb_distal] <= double(-44.8f));
+        index.settle(out[slot::index_proximal] <= -50 && out[slot::thumb_distal] <= -64,
+                     out[slot::index_proximal] <= -35 && out[slot::thumb_distal] <= double(-44.8f));
     }
 
     // Read after the index pinch; the thumb's activity stays as it was before it.
     const bool middle_in_band = out[slot::middle_proximal] < -49 && out[slot::middle_proximal] >= -75;
-    const bool middle_trigger = thumb_active && out[slot::middle_proximal] < -39.2 && out[slot::little_proximal] > -40;
+    const bool middle_trigger =
+        thumb_active && out[slot::middle_proximal] < -39.2 && out[slot::little_proximal] > -40;
     const bool little_in_band = out[slot::little_proximal] < -39 && out[slot::little_proximal] > -80;
 
     if (middle.runs(middle_trigger, thumb_active || middle_in_band)) {
@@ -70,8 +72,10 @@ void pinch(TargetArray& out, bool* done) {
         out[slot::thumb_rotation] = 9;
         out[slot::thumb_abduction] = 17;
         out[slot::middle_distal] = -56;
-        middle.settle(out[slot::middle_proximal] <= -49 && out[slot::thumb_distal] <= -68, out[slot::middle_proximal] <= double(-34.3f) && out[slot::thumb_distal] <= double(-47.6f));
-    } else if (thumb_active && out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] < double(-39.2f) && out[slot::little_proximal] > -40) {
+        middle.settle(out[slot::middle_proximal] <= -49 && out[slot::thumb_distal] <= -68,
+                      out[slot::middle_proximal] <= double(-34.3f) && out[slot::thumb_distal] <= double(-47.6f));
+    } else if (thumb_active && out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 &&
+               out[slot::ring_proximal] < double(-39.2f) && out[slot::little_proximal] > -40) {
         // Ring pinch, only while its trigger holds.
         out[slot::thumb_proximal] = -36;
         out[slot::thumb_rotation] = 0;
@@ -82,7 +86,8 @@ void pinch(TargetArray& out, bool* done) {
     }
 
     // Little pinch, after either of the above; its thumb pose wins.
-    if (thumb_active && little_in_band && out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -30) {
+    if (thumb_active && little_in_band && out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 &&
+        out[slot::ring_proximal] > -30) {
         out[slot::thumb_proximal] = 0;
         out[slot::thumb_rotation] = 2;
         out[slot::thumb_abduction] = 24;

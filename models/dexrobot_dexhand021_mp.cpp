@@ -47,8 +47,8 @@ namespace {
 
 using namespace quil;
 
-// Proximal joints (out[slot::index_distal], out[slot::middle_distal], out[slot::ring_distal], out[slot::little_distal]): doubled at first, flat through mid-bend,
-// steep again towards the fist.
+// Proximal joints (out[slot::index_distal], out[slot::middle_distal], out[slot::ring_distal],
+// out[slot::little_distal]): doubled at first, flat through mid-bend, steep again towards the fist.
 constexpr Curve3 kProximal{-15.0, -60.0, scale(2.0), affine(0.3, -25.5), affine(1.5, 46.5)};
 // Middle joints of the middle and little fingers (out[slot::middle_proximal], out[slot::little_proximal]).
 constexpr Curve3 kMiddleJoint{-25.0, -60.0, scale(2.0), affine(0.4, -40.0), affine(1.0, -4.0)};
@@ -88,29 +88,90 @@ constexpr Condition gt(int slot, double bound) { return {slot, false, bound}; }
 // every later test, so at most one takes effect.
 constexpr PinchPose kPinchPoses[] = {
     // index
-    {{lt(6, -45), gt(10, -45), gt(14, -45), gt(18, -45)}, 4,
-     {{{0, -30}, {1, -30}, {2, -30}, {20, -45}, {5, -38}, {6, -64}}}, 6},
+    {{lt(slot::index_proximal, -45), gt(slot::middle_proximal, -45), gt(slot::ring_proximal, -45),
+      gt(slot::little_proximal, -45)},
+     4,
+     {{{slot::thumb_base, -30},
+       {slot::thumb_proximal, -30},
+       {slot::thumb_distal, -30},
+       {slot::thumb_rotation, -45},
+       {slot::index_distal, -38},
+       {slot::index_proximal, -64}}},
+     6},
     // index and middle (the ring finger is not looked at)
-    {{lt(6, -45), lt(10, -45), gt(18, -45)}, 3,
-     {{{1, -30}, {2, -30}, {20, -55}, {5, -38}, {6, -64}, {9, -38}, {10, -64}}}, 7},
+    {{lt(slot::index_proximal, -45), lt(slot::middle_proximal, -45), gt(slot::little_proximal, -45)},
+     3,
+     {{{slot::thumb_proximal, -30},
+       {slot::thumb_distal, -30},
+       {slot::thumb_rotation, -55},
+       {slot::index_distal, -38},
+       {slot::index_proximal, -64},
+       {slot::middle_distal, -38},
+       {slot::middle_proximal, -64}}},
+     7},
     // middle
-    {{gt(6, -45), lt(10, -45), gt(14, -45), gt(18, -45)}, 4,
-     {{{1, -29}, {2, -38}, {20, -65}, {9, -38}, {10, -68}}}, 5},
+    {{gt(slot::index_proximal, -45), lt(slot::middle_proximal, -45), gt(slot::ring_proximal, -45),
+      gt(slot::little_proximal, -45)},
+     4,
+     {{{slot::thumb_proximal, -29},
+       {slot::thumb_distal, -38},
+       {slot::thumb_rotation, -65},
+       {slot::middle_distal, -38},
+       {slot::middle_proximal, -68}}},
+     5},
     // middle and ring
-    {{gt(6, -50), lt(10, -50), lt(14, -50), gt(18, -50)}, 4,
-     {{{1, -30}, {2, -40}, {20, -75}, {9, -38}, {10, -64}, {13, -38}, {14, -64}}}, 7},
+    {{gt(slot::index_proximal, -50), lt(slot::middle_proximal, -50), lt(slot::ring_proximal, -50),
+      gt(slot::little_proximal, -50)},
+     4,
+     {{{slot::thumb_proximal, -30},
+       {slot::thumb_distal, -40},
+       {slot::thumb_rotation, -75},
+       {slot::middle_distal, -38},
+       {slot::middle_proximal, -64},
+       {slot::ring_distal, -38},
+       {slot::ring_proximal, -64}}},
+     7},
     // ring
-    {{gt(6, -50), gt(10, -50), lt(14, -50), gt(18, -50)}, 4,
-     {{{1, -25}, {2, -42}, {20, -95}, {13, -40}, {14, -64}}}, 5},
+    {{gt(slot::index_proximal, -50), gt(slot::middle_proximal, -50), lt(slot::ring_proximal, -50),
+      gt(slot::little_proximal, -50)},
+     4,
+     {{{slot::thumb_proximal, -25},
+       {slot::thumb_distal, -42},
+       {slot::thumb_rotation, -95},
+       {slot::ring_distal, -40},
+       {slot::ring_proximal, -64}}},
+     5},
     // ring with the little finger bent along, short of a full ring bend
-    {{gt(6, -50), gt(10, -50), lt(14, -50), lt(18, -50), gt(14, -80)}, 5,
-     {{{1, -25}, {2, -42}, {20, -95}, {13, -40}, {14, -64}}}, 5},
+    {{gt(slot::index_proximal, -50), gt(slot::middle_proximal, -50), lt(slot::ring_proximal, -50),
+      lt(slot::little_proximal, -50), gt(slot::ring_proximal, -80)},
+     5,
+     {{{slot::thumb_proximal, -25},
+       {slot::thumb_distal, -42},
+       {slot::thumb_rotation, -95},
+       {slot::ring_distal, -40},
+       {slot::ring_proximal, -64}}},
+     5},
     // ring fully bent: ring and little finger close completely
-    {{gt(6, -50), gt(10, -50), lt(14, -80)}, 3,
-     {{{1, -23}, {2, -33}, {20, -95}, {13, -100}, {14, -100}, {17, -100}, {18, -100}}}, 7},
+    {{gt(slot::index_proximal, -50), gt(slot::middle_proximal, -50), lt(slot::ring_proximal, -80)},
+     3,
+     {{{slot::thumb_proximal, -23},
+       {slot::thumb_distal, -33},
+       {slot::thumb_rotation, -95},
+       {slot::ring_distal, -100},
+       {slot::ring_proximal, -100},
+       {slot::little_distal, -100},
+       {slot::little_proximal, -100}}},
+     7},
     // little
-    {{gt(6, -50), gt(10, -50), gt(14, -50), lt(18, -50)}, 4,
-     {{{1, -23}, {2, -33}, {20, -120}, {17, -38}, {18, -64}}}, 5},
+    {{gt(slot::index_proximal, -50), gt(slot::middle_proximal, -50), gt(slot::ring_proximal, -50),
+      lt(slot::little_proximal, -50)},
+     4,
+     {{{slot::thumb_proximal, -23},
+       {slot::thumb_distal, -33},
+       {slot::thumb_rotation, -120},
+       {slot::little_distal, -38},
+       {slot::little_proximal, -64}}},
+     5},
 };
 
 // The thumb must have swung across the palm before any pinch pose is tried.
@@ -181,7 +242,8 @@ quil::TargetArray quil::hands::DexRobot_DexHand021_MP(const InputAngles& in, con
     shape(out[slot::little_distal], kProximal);
     shape(out[slot::little_proximal], kMiddleJoint);
     follow_distal(out, 0.8);
-    for (int finger : {slot::index_tip, slot::middle_tip, slot::ring_tip, slot::little_tip}) lock_full_bend(out, finger + 1, finger + 2, -80);
+    for (int finger : {slot::index_tip, slot::middle_tip, slot::ring_tip, slot::little_tip})
+        lock_full_bend(out, finger + 1, finger + 2, -80);
 
     apply_pinch_poses(out);
 

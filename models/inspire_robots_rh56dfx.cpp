@@ -96,7 +96,9 @@ quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56DFX(const InputAngles& in, con
 
     out[slot::terminator] = -1.0;
     // The thumb joints and the proximal finger joints have twice the glove's range.
-    for (int i : {slot::thumb_base, slot::thumb_distal, slot::index_proximal, slot::middle_proximal, slot::ring_proximal, slot::little_proximal}) out[i] = out[i] + out[i];
+    for (int i : {slot::thumb_base, slot::thumb_distal, slot::index_proximal, slot::middle_proximal,
+                  slot::ring_proximal, slot::little_proximal})
+        out[i] = out[i] + out[i];
     flip_thumb_and_index(out);
     return out;
 }

@@ -72,7 +72,8 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
         out[slot::index_distal] = -44;
         out[slot::index_proximal] = pinch_toward(out[slot::index_proximal], -41, 0.15f, 0.0f);
         if (latch[kIndex])
-            latch[kIndex] = out[slot::index_proximal] <= kIndexRelease && out[slot::thumb_distal] <= kThumbReleaseIndex;
+            latch[kIndex] =
+                out[slot::index_proximal] <= kIndexRelease && out[slot::thumb_distal] <= kThumbReleaseIndex;
         else if (out[slot::index_proximal] <= -41 && out[slot::thumb_distal] <= -28)
             latch[kIndex] = true;
     }
@@ -97,7 +98,8 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
             out[slot::index_proximal] = pinch_toward(out[slot::index_proximal], -41, 0.5f, 10.0f);
             out[slot::middle_proximal] = pinch_toward(out[slot::middle_proximal], -40, 0.5f, 10.0f);
             out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal], -29, 0.8f, 15.0f);
-            latch[kIndex] = out[slot::index_proximal] <= kIndexRelease && out[slot::thumb_distal] <= kThumbReleaseBoth;
+            latch[kIndex] =
+                out[slot::index_proximal] <= kIndexRelease && out[slot::thumb_distal] <= kThumbReleaseBoth;
             latch[kMiddle] = out[slot::middle_proximal] <= -28 && out[slot::thumb_distal] <= kThumbReleaseBoth;
         } else {
             out[slot::index_proximal] = pinch_toward(out[slot::index_proximal] * double(1.1f), -41, 0.4f, 0.0f);

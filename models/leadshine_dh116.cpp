@@ -22,11 +22,15 @@ using namespace quil;
 void pinch_poses(TargetArray& out) {
     if (!(out[slot::thumb_proximal] <= -30 && out[slot::thumb_distal] >= -80)) return;
     if (out[slot::index_proximal] <= -30 && out[slot::index_proximal] >= -80) {
-        out[slot::thumb_distal] = -40; out[slot::thumb_abduction] = 5; out[slot::index_proximal] = -50;
+        out[slot::thumb_distal] = -40;
+        out[slot::thumb_abduction] = 5;
+        out[slot::index_proximal] = -50;
     }
     // An index pose leaves out[slot::index_proximal] at -50, which keeps the middle pinch out of the same sample.
     if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] <= -35 && out[slot::little_proximal] > -40) {
-        out[slot::thumb_distal] = -39; out[slot::thumb_abduction] = -16; out[slot::middle_proximal] = -53;
+        out[slot::thumb_distal] = -39;
+        out[slot::thumb_abduction] = -16;
+        out[slot::middle_proximal] = -53;
     }
 }
 

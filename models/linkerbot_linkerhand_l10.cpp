@@ -77,7 +77,8 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L10(const InputAngles& in, c
     ease_thumb_swing(out, double(index_active_threshold.at_or_above), 0.075);
     // A gain on the middle knuckle, with the thumb swing taken back to 0.7. The bounds lie above
     // every knuckle's travel, so the gain applies on every sample.
-    if (out[slot::index_proximal] <= 75 && out[slot::middle_proximal] <= 65 && out[slot::ring_proximal] <= 75 && out[slot::little_proximal] <= 85) {
+    if (out[slot::index_proximal] <= 75 && out[slot::middle_proximal] <= 65 && out[slot::ring_proximal] <= 75 &&
+        out[slot::little_proximal] <= 85) {
         out[slot::middle_proximal] = out[slot::middle_proximal] * double(1.15f);
         out[slot::thumb_rotation] = out[slot::thumb_rotation] * double(0.7f);
     }
@@ -106,14 +107,16 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L10(const InputAngles& in, c
             out[slot::thumb_rotation] = 27;
             out[slot::thumb_abduction] = 18;
             out[slot::middle_proximal] = pinch_toward(out[slot::middle_proximal], -44, 0.2f);
-        } else if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] < -30 && out[slot::little_proximal] > -40) {
+        } else if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 &&
+                   out[slot::ring_proximal] < -30 && out[slot::little_proximal] > -40) {
             out[slot::thumb_proximal] = 0;
             out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.1f), -40, 0.2f);
             out[slot::thumb_rotation] = 34;
             out[slot::thumb_abduction] = 21;
             out[slot::ring_proximal] = pinch_toward(out[slot::ring_proximal] * double(1.2f), -44, 0.2f);
         }
-        if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -30 && out[slot::little_proximal] < -35) {
+        if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -30 &&
+            out[slot::little_proximal] < -35) {
             out[slot::thumb_proximal] = 0;
             out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * double(1.2f), -38, 0.2f);
             out[slot::thumb_rotation] = 42;

@@ -86,29 +86,100 @@ bool holds(const TargetArray& out, const Gate& g) { return g.below ? out[g.slot]
 // In precedence order: each pose leaves values that fail the gates of the later ones.
 constexpr PinchPose kPinchPoses[] = {
     // index alone
-    {{bent(6), open(10), open(14), open(18)}, 4,
-     {{0, -48}, {1, -42}, {2, -27}, {20, -100}, {5, -35}, {6, -52}}, 6},
+    {{bent(slot::index_proximal), open(slot::middle_proximal), open(slot::ring_proximal),
+      open(slot::little_proximal)},
+     4,
+     {{slot::thumb_base, -48},
+      {slot::thumb_proximal, -42},
+      {slot::thumb_distal, -27},
+      {slot::thumb_rotation, -100},
+      {slot::index_distal, -35},
+      {slot::index_proximal, -52}},
+     6},
     // index and middle (the ring finger does not matter)
-    {{bent(6), bent(10), open(18)}, 3,
-     {{0, -48}, {1, -42}, {2, -27}, {20, -100}, {5, -35}, {6, -52}, {9, -35}, {10, -52}}, 8},
+    {{bent(slot::index_proximal), bent(slot::middle_proximal), open(slot::little_proximal)},
+     3,
+     {{slot::thumb_base, -48},
+      {slot::thumb_proximal, -42},
+      {slot::thumb_distal, -27},
+      {slot::thumb_rotation, -100},
+      {slot::index_distal, -35},
+      {slot::index_proximal, -52},
+      {slot::middle_distal, -35},
+      {slot::middle_proximal, -52}},
+     8},
     // middle alone
-    {{open(6), bent(10), open(14), open(18)}, 4,
-     {{0, -48}, {1, -45}, {2, -37}, {20, -100}, {9, -35}, {10, -52}}, 6},
+    {{open(slot::index_proximal), bent(slot::middle_proximal), open(slot::ring_proximal),
+      open(slot::little_proximal)},
+     4,
+     {{slot::thumb_base, -48},
+      {slot::thumb_proximal, -45},
+      {slot::thumb_distal, -37},
+      {slot::thumb_rotation, -100},
+      {slot::middle_distal, -35},
+      {slot::middle_proximal, -52}},
+     6},
     // middle and ring
-    {{open(6), bent(10), bent(14), open(18)}, 4,
-     {{0, -48}, {1, -42}, {2, -37}, {20, -100}, {9, -35}, {10, -52}, {13, -35}, {14, -52}}, 8},
+    {{open(slot::index_proximal), bent(slot::middle_proximal), bent(slot::ring_proximal),
+      open(slot::little_proximal)},
+     4,
+     {{slot::thumb_base, -48},
+      {slot::thumb_proximal, -42},
+      {slot::thumb_distal, -37},
+      {slot::thumb_rotation, -100},
+      {slot::middle_distal, -35},
+      {slot::middle_proximal, -52},
+      {slot::ring_distal, -35},
+      {slot::ring_proximal, -52}},
+     8},
     // ring alone
-    {{open(6), open(10), bent(14), open(18)}, 4,
-     {{0, -48}, {1, -42}, {2, -47}, {20, -110}, {13, -35}, {14, -52}}, 6},
+    {{open(slot::index_proximal), open(slot::middle_proximal), bent(slot::ring_proximal),
+      open(slot::little_proximal)},
+     4,
+     {{slot::thumb_base, -48},
+      {slot::thumb_proximal, -42},
+      {slot::thumb_distal, -47},
+      {slot::thumb_rotation, -110},
+      {slot::ring_distal, -35},
+      {slot::ring_proximal, -52}},
+     6},
     // ring and little, half bent
-    {{open(6), open(10), bent(14), bent(18), open(14, -80), open(18, -75)}, 6,
-     {{0, -45}, {1, -42}, {2, -47}, {20, -120}, {13, -35}, {14, -52}, {17, -35}, {18, -52}}, 8},
+    {{open(slot::index_proximal), open(slot::middle_proximal), bent(slot::ring_proximal), bent(slot::little_proximal),
+      open(slot::ring_proximal, -80), open(slot::little_proximal, -75)},
+     6,
+     {{slot::thumb_base, -45},
+      {slot::thumb_proximal, -42},
+      {slot::thumb_distal, -47},
+      {slot::thumb_rotation, -120},
+      {slot::ring_distal, -35},
+      {slot::ring_proximal, -52},
+      {slot::little_distal, -35},
+      {slot::little_proximal, -52}},
+     8},
     // ring and little, bent deep: they close fully
-    {{open(6), open(10), bent(14, -80), bent(18, -75)}, 4,
-     {{0, -75}, {1, -55}, {2, -47}, {20, -120}, {13, -100}, {14, -100}, {17, -100}, {18, -100}}, 8},
+    {{open(slot::index_proximal), open(slot::middle_proximal), bent(slot::ring_proximal, -80),
+      bent(slot::little_proximal, -75)},
+     4,
+     {{slot::thumb_base, -75},
+      {slot::thumb_proximal, -55},
+      {slot::thumb_distal, -47},
+      {slot::thumb_rotation, -120},
+      {slot::ring_distal, -100},
+      {slot::ring_proximal, -100},
+      {slot::little_distal, -100},
+      {slot::little_proximal, -100}},
+     8},
     // little alone
-    {{open(6), open(10), open(14), bent(18)}, 4,
-     {{0, -45}, {1, -40}, {2, -60}, {20, -120}, {17, -35}, {18, -52}}, 6},
+    {{open(slot::index_proximal), open(slot::middle_proximal), open(slot::ring_proximal),
+      bent(slot::little_proximal)},
+     4,
+     {{slot::thumb_base, -45},
+      {slot::thumb_proximal, -40},
+      {slot::thumb_distal, -60},
+      {slot::thumb_rotation, -120},
+      {slot::little_distal, -35},
+      {slot::little_proximal, -52}},
+     6},
 };
 
 bool matches(const TargetArray& out, const PinchPose& pose) {
@@ -172,10 +243,16 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L20(const InputAngles& in, c
     if (out[slot::thumb_rotation] < -25) apply_pinch_poses(out);
 
     // All four fingers bent: they move as one, following the index.
-    if (out[slot::index_proximal] < -50 && out[slot::middle_proximal] < -50 && out[slot::ring_proximal] < -50 && out[slot::little_proximal] < -50) out[slot::middle_proximal] = out[slot::ring_proximal] = out[slot::little_proximal] = out[slot::index_proximal];
+    if (out[slot::index_proximal] < -50 && out[slot::middle_proximal] < -50 && out[slot::ring_proximal] < -50 &&
+        out[slot::little_proximal] < -50)
+        out[slot::middle_proximal] = out[slot::ring_proximal] = out[slot::little_proximal] =
+            out[slot::index_proximal];
     // A fist: every finger joint closes fully (the little finger needs less bend).
-    if (out[slot::index_proximal] < -80 && out[slot::middle_proximal] < -80 && out[slot::ring_proximal] < -80 && out[slot::little_proximal] < -70)
-        for (int i : {slot::index_proximal, slot::middle_proximal, slot::ring_proximal, slot::little_proximal, slot::index_distal, slot::middle_distal, slot::ring_distal, slot::little_distal}) out[i] = -100;
+    if (out[slot::index_proximal] < -80 && out[slot::middle_proximal] < -80 && out[slot::ring_proximal] < -80 &&
+        out[slot::little_proximal] < -70)
+        for (int i : {slot::index_proximal, slot::middle_proximal, slot::ring_proximal, slot::little_proximal,
+                      slot::index_distal, slot::middle_distal, slot::ring_distal, slot::little_distal})
+            out[i] = -100;
 
     out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);

@@ -43,7 +43,8 @@ void scale_and_floor(double& v, double gain, double floor) {
 }
 
 // Pinch gates: [0] the slot must be at or below, [1] at or above.
-constexpr ThresholdPair thumb_active_threshold{-40.0f, -75.0f};  // out[slot::thumb_proximal] below, out[slot::thumb_distal] above
+constexpr ThresholdPair thumb_active_threshold{
+    -40.0f, -75.0f};  // out[slot::thumb_proximal] below, out[slot::thumb_distal] above
 constexpr ThresholdPair index_active_threshold{-40.0f, -75.0f};  // the index band on out[slot::index_proximal]
 
 // In a pinch the thumb tip is scaled by a gain but floored at the pinch depth, and out[slot::thumb_rotation] and
@@ -67,7 +68,8 @@ void pinch_assist(TargetArray& out) {
         out[slot::thumb_rotation] = -11;
         out[slot::thumb_abduction] = 30;
         out[slot::middle_proximal] = pinch_floor(out[slot::middle_proximal], -40);
-    } else if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] < -30 && out[slot::little_proximal] > -40) {
+    } else if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 &&
+               out[slot::ring_proximal] < -30 && out[slot::little_proximal] > -40) {
         out[slot::thumb_distal] = pinch_floor(out[slot::thumb_distal] * double(1.1f), -57);
         out[slot::thumb_rotation] = -18;
         out[slot::thumb_abduction] = 30;
@@ -75,7 +77,8 @@ void pinch_assist(TargetArray& out) {
     }
 
     // The little finger pinch turns the thumb the other way (out[slot::thumb_abduction] comes out positive).
-    if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -30 && out[slot::little_proximal] < -35) {
+    if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -30 &&
+        out[slot::little_proximal] < -35) {
         out[slot::thumb_distal] = pinch_floor(out[slot::thumb_distal] * double(1.2f), -57);
         out[slot::thumb_rotation] = -27;
         out[slot::thumb_abduction] = -46;
@@ -92,7 +95,8 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O7(const InputAngles& in, co
 
     kRotation.apply(out[slot::thumb_abduction], out[slot::thumb_distal]);
     // The rotation also follows the thumb tip and first joint directly.
-    out[slot::thumb_abduction] = out[slot::thumb_abduction] * 0.3 - double(0.2f) * out[slot::thumb_distal] - double(0.3f) * out[slot::thumb_proximal];
+    out[slot::thumb_abduction] = out[slot::thumb_abduction] * 0.3 - double(0.2f) * out[slot::thumb_distal] -
+                                 double(0.3f) * out[slot::thumb_proximal];
     if (out[slot::thumb_abduction] < 0) out[slot::thumb_abduction] = 0;
     if (out[slot::thumb_abduction] > 30) out[slot::thumb_abduction] = 30;
     out[slot::thumb_base] = kThumbBase(out[slot::thumb_base]);
@@ -100,7 +104,8 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O7(const InputAngles& in, co
     out[slot::thumb_proximal] = kThumbFirst(out[slot::thumb_proximal]);
     if (out[slot::thumb_proximal] > 0) out[slot::thumb_proximal] = 0;
     if (out[slot::thumb_proximal] < -90) out[slot::thumb_proximal] = -90;
-    out[slot::thumb_distal] = (out[slot::thumb_distal] * kTipOwnWeight + out[slot::thumb_proximal] * (1.0 - kTipOwnWeight)) * double(0.9f);
+    out[slot::thumb_distal] =
+        (out[slot::thumb_distal] * kTipOwnWeight + out[slot::thumb_proximal] * (1.0 - kTipOwnWeight)) * double(0.9f);
     if (out[slot::thumb_distal] < -75) out[slot::thumb_distal] = -75;
     out[slot::thumb_rotation] = kThumbSwing(out[slot::thumb_rotation]);
     kSwingStop.apply(out);

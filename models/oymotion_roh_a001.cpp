@@ -79,10 +79,10 @@ namespace {
 double rotation_from_tip_bands(const double* t) { return -thumb_rotation(t[slot::thumb_distal]); }
 }  // namespace
 
-constexpr quil::SlotRelation kRotationFromTipBands = quil::follows_by_rule(
-    quil::slot::thumb_rotation, quil::slot::thumb_distal, rotation_from_tip_bands,
-    "-(0.5 * slot 2) if slot 2 > -2; -(3 * slot 2 + 5) if > -12; -(slot 2 - 16) if > -15; "
-    "else -(0.2 * slot 2 - 28)");
+constexpr quil::SlotRelation kRotationFromTipBands =
+    quil::follows_by_rule(quil::slot::thumb_rotation, quil::slot::thumb_distal, rotation_from_tip_bands,
+                          "-(0.5 * slot 2) if slot 2 > -2; -(3 * slot 2 + 5) if > -12; -(slot 2 - 16) if > -15; "
+                          "else -(0.2 * slot 2 - 28)");
 // Finger tips at 0.8 of their distal joints, the middle spread set between the index and ring
 // spreads, and the thumb rotation drawn from the thumb tip in four bands.
 const quil::SlotDeclaration quil::hands::OYMotion_ROH_A001_slots = quil::kTipsAtEightTenths

@@ -58,22 +58,51 @@ struct ContactPose {
     SlotTarget target[8];
 };
 
-constexpr int kProximalSlot[4] = {6, 10, 14, 18};
+constexpr int kProximalSlot[4] = {slot::index_proximal, slot::middle_proximal, slot::ring_proximal,
+                                  slot::little_proximal};
 
 // Checked in this order, each against the joints as the poses before it left them. A pose that
 // fires moves its bent finger to -55 (and the index-and-middle pose leaves the middle at -55),
 // which rules out the later ones.
 constexpr ContactPose kContactPoses[] = {
     // Thumb on the index pad.
-    {{bent, extended, extended, extended}, {{0, -45}, {1, -60}, {2, -78}, {3, 5}, {5, -32}, {6, -55}, {-1, 0}}},
+    {{bent, extended, extended, extended},
+     {{slot::thumb_base, -45},
+      {slot::thumb_proximal, -60},
+      {slot::thumb_distal, -78},
+      {slot::thumb_abduction, 5},
+      {slot::index_distal, -32},
+      {slot::index_proximal, -55},
+      {-1, 0}}},
     // Thumb under the index and middle pads together; the ring finger may rest either way.
     {{bent, bent, either, extended},
-     {{0, -45}, {1, -60}, {2, -78}, {3, 5}, {5, -32}, {6, -55}, {9, -32}, {10, -55}}},
+     {{slot::thumb_base, -45},
+      {slot::thumb_proximal, -60},
+      {slot::thumb_distal, -78},
+      {slot::thumb_abduction, 5},
+      {slot::index_distal, -32},
+      {slot::index_proximal, -55},
+      {slot::middle_distal, -32},
+      {slot::middle_proximal, -55}}},
     // Thumb on the middle pad, the middle spread opened to meet it.
     {{extended, bent, either, extended},
-     {{0, -45}, {1, -60}, {2, -80}, {3, 20}, {9, -32}, {10, -55}, {11, 10}, {-1, 0}}},
+     {{slot::thumb_base, -45},
+      {slot::thumb_proximal, -60},
+      {slot::thumb_distal, -80},
+      {slot::thumb_abduction, 20},
+      {slot::middle_distal, -32},
+      {slot::middle_proximal, -55},
+      {slot::middle_spread, 10},
+      {-1, 0}}},
     // Thumb on the ring pad.
-    {{extended, extended, bent, extended}, {{0, -50}, {1, -65}, {2, -80}, {3, 20}, {13, -35}, {14, -55}, {-1, 0}}},
+    {{extended, extended, bent, extended},
+     {{slot::thumb_base, -50},
+      {slot::thumb_proximal, -65},
+      {slot::thumb_distal, -80},
+      {slot::thumb_abduction, 20},
+      {slot::ring_distal, -35},
+      {slot::ring_proximal, -55},
+      {-1, 0}}},
 };
 
 void apply_contact_poses(TargetArray& out) {
@@ -134,7 +163,9 @@ quil::TargetArray quil::hands::PaXini_DexH13_GEN2(const InputAngles& in, const M
         int first, proximal;
         double below;
     };
-    for (const Snap& s : {Snap{5, 6, -90}, Snap{9, 10, -90}, Snap{13, 14, -90}, Snap{17, 18, -80}})
+    for (const Snap& s :
+         {Snap{slot::index_distal, slot::index_proximal, -90}, Snap{slot::middle_distal, slot::middle_proximal, -90},
+          Snap{slot::ring_distal, slot::ring_proximal, -90}, Snap{slot::little_distal, slot::little_proximal, -80}})
         if (out[s.proximal] < s.below) {
             out[s.first] = -100;
             out[s.proximal] = -100;
@@ -144,13 +175,17 @@ quil::TargetArray quil::hands::PaXini_DexH13_GEN2(const InputAngles& in, const M
     if (out[slot::thumb_distal] < -25) apply_contact_poses(out);
 
     // A closing hand: the other fingers follow the index, and a full fist closes every joint.
-    if (out[slot::index_proximal] < -50 && out[slot::middle_proximal] < -50 && out[slot::ring_proximal] < -50 && out[slot::little_proximal] < -50) {
+    if (out[slot::index_proximal] < -50 && out[slot::middle_proximal] < -50 && out[slot::ring_proximal] < -50 &&
+        out[slot::little_proximal] < -50) {
         out[slot::middle_proximal] = out[slot::index_proximal];
         out[slot::ring_proximal] = out[slot::index_proximal];
         out[slot::little_proximal] = out[slot::index_proximal];
     }
-    if (out[slot::index_proximal] < -80 && out[slot::middle_proximal] < -80 && out[slot::ring_proximal] < -80 && out[slot::little_proximal] < -70)
-        for (int i : {slot::index_distal, slot::index_proximal, slot::middle_distal, slot::middle_proximal, slot::ring_distal, slot::ring_proximal, slot::little_distal, slot::little_proximal}) out[i] = -100;
+    if (out[slot::index_proximal] < -80 && out[slot::middle_proximal] < -80 && out[slot::ring_proximal] < -80 &&
+        out[slot::little_proximal] < -70)
+        for (int i : {slot::index_distal, slot::index_proximal, slot::middle_distal, slot::middle_proximal,
+                      slot::ring_distal, slot::ring_proximal, slot::little_distal, slot::little_proximal})
+            out[i] = -100;
 
     out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);

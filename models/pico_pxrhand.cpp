@@ -119,7 +119,8 @@ quil::TargetArray quil::hands::PICO_PXRHand(const InputAngles& in, const MemoryR
             }
         }
         // Middle pinch; it reports no gesture of its own.
-        if (out[slot::index_proximal] > -50 && out[slot::middle_proximal] < -50 && out[slot::ring_proximal] > -50 && out[slot::little_proximal] > -50) {
+        if (out[slot::index_proximal] > -50 && out[slot::middle_proximal] < -50 && out[slot::ring_proximal] > -50 &&
+            out[slot::little_proximal] > -50) {
             out[slot::thumb_proximal] = -35;
             out[slot::thumb_base] = -35;
             out[slot::thumb_distal] = -85;
@@ -129,8 +130,11 @@ quil::TargetArray quil::hands::PICO_PXRHand(const InputAngles& in, const MemoryR
         }
     }
     // A fist closes every finger fully; with the thumb folded over it, it is a gesture.
-    if (out[slot::index_proximal] < -82 && out[slot::middle_proximal] < -82 && out[slot::ring_proximal] < -82 && out[slot::little_proximal] < -70) {
-        out[slot::index_distal] = out[slot::index_proximal] = out[slot::middle_proximal] = out[slot::ring_proximal] = out[slot::little_proximal] = out[slot::middle_distal] = out[slot::ring_distal] = out[slot::little_distal] = -90;
+    if (out[slot::index_proximal] < -82 && out[slot::middle_proximal] < -82 && out[slot::ring_proximal] < -82 &&
+        out[slot::little_proximal] < -70) {
+        out[slot::index_distal] = out[slot::index_proximal] = out[slot::middle_proximal] = out[slot::ring_proximal] =
+            out[slot::little_proximal] = out[slot::middle_distal] = out[slot::ring_distal] =
+                out[slot::little_distal] = -90;
         if (out[slot::thumb_distal] < -40) gesture = kFistGesture;
     }
     // The thumb rotation is fixed on this hand.

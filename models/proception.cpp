@@ -91,8 +91,8 @@ quil::TargetArray quil::hands::Proception(const InputAngles& in, const MemoryRef
     }
     out[slot::index_distal] = kIndexDistal(out[slot::index_distal]);
     floor_at(out[slot::index_distal], -100);
-    for (int joint : {slot::index_proximal, slot::middle_distal, slot::middle_proximal, slot::ring_distal,
-                      slot::ring_proximal}) {
+    for (int joint :
+         {slot::index_proximal, slot::middle_distal, slot::middle_proximal, slot::ring_distal, slot::ring_proximal}) {
         const bool proximal =
             joint == slot::index_proximal || joint == slot::middle_proximal || joint == slot::ring_proximal;
         out[joint] = proximal ? kProximal(out[joint]) : kDistal(out[joint]);
@@ -108,27 +108,93 @@ quil::TargetArray quil::hands::Proception(const InputAngles& in, const MemoryRef
     // Fixed pinch poses, only with the thumb tip bent toward the fingers.
     if (out[slot::thumb_distal] < -25) {
         static const PinchPose kPoses[] = {
-            {-1, +1, +1, +1, -40, 7, {{0, -42}, {1, -35}, {2, -7}, {20, -52}, {4, -35}, {5, -52}, {6, -54}}},
-            {-1, -1, 0, +1, -40, 10, {{0, -41}, {1, -40}, {2, -5}, {20, -65}, {4, -41}, {5, -52}, {6, -57},
-                                  {8, -39}, {9, -52}, {10, -67}}},
-            {+1, -1, 0, +1, -40, 7, {{0, -41}, {1, -40}, {2, -5}, {20, -73}, {8, -39}, {9, -52}, {10, -67}}},
-            {+1, +1, -1, +1, -40, 7, {{0, -41}, {1, -40}, {2, -5}, {20, -95}, {12, -39}, {13, -52}, {14, -67}}},
-            {+1, +1, +1, -1, -60, 7, {{0, -41}, {1, -40}, {2, -5}, {20, -120}, {16, -39}, {17, -52}, {18, -67}}},
+            {-1,
+             +1,
+             +1,
+             +1,
+             -40,
+             7,
+             {{slot::thumb_base, -42},
+              {slot::thumb_proximal, -35},
+              {slot::thumb_distal, -7},
+              {slot::thumb_rotation, -52},
+              {slot::index_tip, -35},
+              {slot::index_distal, -52},
+              {slot::index_proximal, -54}}},
+            {-1,
+             -1,
+             0,
+             +1,
+             -40,
+             10,
+             {{slot::thumb_base, -41},
+              {slot::thumb_proximal, -40},
+              {slot::thumb_distal, -5},
+              {slot::thumb_rotation, -65},
+              {slot::index_tip, -41},
+              {slot::index_distal, -52},
+              {slot::index_proximal, -57},
+              {slot::middle_tip, -39},
+              {slot::middle_distal, -52},
+              {slot::middle_proximal, -67}}},
+            {+1,
+             -1,
+             0,
+             +1,
+             -40,
+             7,
+             {{slot::thumb_base, -41},
+              {slot::thumb_proximal, -40},
+              {slot::thumb_distal, -5},
+              {slot::thumb_rotation, -73},
+              {slot::middle_tip, -39},
+              {slot::middle_distal, -52},
+              {slot::middle_proximal, -67}}},
+            {+1,
+             +1,
+             -1,
+             +1,
+             -40,
+             7,
+             {{slot::thumb_base, -41},
+              {slot::thumb_proximal, -40},
+              {slot::thumb_distal, -5},
+              {slot::thumb_rotation, -95},
+              {slot::ring_tip, -39},
+              {slot::ring_distal, -52},
+              {slot::ring_proximal, -67}}},
+            {+1,
+             +1,
+             +1,
+             -1,
+             -60,
+             7,
+             {{slot::thumb_base, -41},
+              {slot::thumb_proximal, -40},
+              {slot::thumb_distal, -5},
+              {slot::thumb_rotation, -120},
+              {slot::little_tip, -39},
+              {slot::little_distal, -52},
+              {slot::little_proximal, -67}}},
         };
         for (const PinchPose& pose : kPoses) {
-            if (gate(out[slot::index_proximal], pose.index, -40) && gate(out[slot::middle_proximal], pose.middle, -40) &&
-                gate(out[slot::ring_proximal], pose.ring, pose.ring_gate) && gate(out[slot::little_proximal], pose.little, -40)) {
+            if (gate(out[slot::index_proximal], pose.index, -40) &&
+                gate(out[slot::middle_proximal], pose.middle, -40) &&
+                gate(out[slot::ring_proximal], pose.ring, pose.ring_gate) &&
+                gate(out[slot::little_proximal], pose.little, -40)) {
                 for (int t = 0; t < pose.count; ++t) out[pose.targets[t].first] = pose.targets[t].second;
             }
         }
     }
     // The whole hand curling: the other fingers follow the index.
-    if (out[slot::index_proximal] < -50 && out[slot::middle_proximal] < -50 && out[slot::ring_proximal] < -50 && out[slot::little_proximal] < -50) {
+    if (out[slot::index_proximal] < -50 && out[slot::middle_proximal] < -50 && out[slot::ring_proximal] < -50 &&
+        out[slot::little_proximal] < -50) {
         out[slot::middle_proximal] = out[slot::index_proximal];
         out[slot::ring_proximal] = out[slot::index_proximal];
         out[slot::little_proximal] = out[slot::index_proximal];
     }
-    if (out[slot::index_proximal] < -80 && out[slot::middle_proximal] < -80 && out[slot::ring_proximal] < -80 && out[slot::little_proximal] < -70) {
+    if (out[slot::index_proximal] < -80 && out[slot::middle_proximal] < -80 && out[slot::ring_proximal] < -80 &&
+        out[slot::little_proximal] < -70) {
         for (int joint : {slot::index_proximal, slot::middle_proximal, slot::ring_proximal, slot::little_proximal,
                           slot::index_distal, slot::middle_distal, slot::ring_distal, slot::little_distal})
             out[joint] = -100;

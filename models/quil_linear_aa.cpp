@@ -58,7 +58,8 @@ quil::TargetArray quil::hands::QUIL_linear_AA(const InputAngles& in, const Memor
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     // Thumb rotation drags the thumb's first joint along.
-    if (out[slot::thumb_abduction] < 0) out[slot::thumb_proximal] = out[slot::thumb_proximal] + out[slot::thumb_abduction] * 1.8;
+    if (out[slot::thumb_abduction] < 0)
+        out[slot::thumb_proximal] = out[slot::thumb_proximal] + out[slot::thumb_abduction] * 1.8;
     if (out[slot::index_spread] > 25) out[slot::index_spread] = 25;
     if (out[slot::ring_spread] > 15) out[slot::ring_spread] = 15;
     if (out[slot::little_spread] > 35) out[slot::little_spread] = 35;

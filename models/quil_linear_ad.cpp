@@ -36,12 +36,12 @@ QUIL_DEFINE_COEFFICIENTS(QUIL_linear_AD, HAND_WEIGHT, HAND_W0)
 
 // The index and middle tips rest slightly open (0.76 * distal + 13, never past 0); the ring and
 // little tips follow at 0.8; the middle spread is set between the index and ring spreads.
-const quil::SlotDeclaration quil::hands::QUIL_linear_AD_slots = quil::kNoFollowers
-    .plus(quil::tip_follows_distal(slot::index_tip, 0.76, 13.0))
-    .plus(quil::tip_follows_distal(slot::middle_tip, 0.76, 13.0))
-    .plus(quil::tip_follows_distal(slot::ring_tip))
-    .plus(quil::tip_follows_distal(slot::little_tip))
-    .plus(quil::middle_spread_between(0.18, 0.3));
+const quil::SlotDeclaration quil::hands::QUIL_linear_AD_slots =
+    quil::kNoFollowers.plus(quil::tip_follows_distal(slot::index_tip, 0.76, 13.0))
+        .plus(quil::tip_follows_distal(slot::middle_tip, 0.76, 13.0))
+        .plus(quil::tip_follows_distal(slot::ring_tip))
+        .plus(quil::tip_follows_distal(slot::little_tip))
+        .plus(quil::middle_spread_between(0.18, 0.3));
 
 namespace {
 

@@ -80,9 +80,11 @@ quil::TargetArray quil::hands::QUIL_linear_AE(const InputAngles& in, const Memor
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     // Thumb rotation from the thumb tip, read before the tip's own clamp.
-    if (out[quil::slot::thumb_distal] > -10) out[slot::thumb_abduction] = out[slot::thumb_abduction] - (out[quil::slot::thumb_distal] + 10.0);
+    if (out[quil::slot::thumb_distal] > -10)
+        out[slot::thumb_abduction] = out[slot::thumb_abduction] - (out[quil::slot::thumb_distal] + 10.0);
     if (out[quil::slot::thumb_distal] < -20) {
-        out[slot::thumb_abduction] = out[slot::thumb_abduction] + (out[quil::slot::thumb_distal] + 0.4 * (out[quil::slot::thumb_distal] + 10.0));
+        out[slot::thumb_abduction] = out[slot::thumb_abduction] +
+                                     (out[quil::slot::thumb_distal] + 0.4 * (out[quil::slot::thumb_distal] + 10.0));
         if (out[slot::thumb_abduction] < 15) out[slot::thumb_abduction] = 15;
     }
     if (out[slot::index_spread] > 25) out[slot::index_spread] = 25;

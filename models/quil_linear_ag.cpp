@@ -67,7 +67,8 @@ quil::TargetArray quil::hands::QUIL_linear_AG(const InputAngles& in, const Memor
         out[slot::little_spread] = out[slot::little_spread] + 14.0;
         if (out[slot::little_spread] > 35) out[slot::little_spread] = 35;
     }
-    if (out[slot::little_proximal] > -20 && out[slot::ring_spread] > out[slot::little_spread]) out[slot::ring_spread] = out[slot::little_spread];
+    if (out[slot::little_proximal] > -20 && out[slot::ring_spread] > out[slot::little_spread])
+        out[slot::ring_spread] = out[slot::little_spread];
     close_spread(out[slot::index_spread], out[slot::index_distal], 0.15);
     close_spread(out[slot::ring_spread], out[slot::ring_distal], 0.15);
     close_spread(out[slot::little_spread], out[slot::little_distal], 0.25);

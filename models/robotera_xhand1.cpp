@@ -108,7 +108,8 @@ quil::TargetArray quil::hands::ROBOTERA_XHAND1(const InputAngles& in, const Memo
     // overlap on purpose and each sees what the earlier ones left: the last one to fire wins.
     if (out[slot::thumb_distal] < -42) {
         // Index pinch.
-        if (out[slot::index_proximal] < -45 && out[slot::middle_proximal] > -50 && out[slot::ring_proximal] > -50 && out[slot::little_proximal] > -50) {
+        if (out[slot::index_proximal] < -45 && out[slot::middle_proximal] > -50 && out[slot::ring_proximal] > -50 &&
+            out[slot::little_proximal] > -50) {
             out[slot::thumb_proximal] = -35;
             out[slot::thumb_base] = -35;
             out[slot::thumb_distal] = curl_toward(out[slot::thumb_distal], -72, 1.0f);
@@ -127,7 +128,8 @@ quil::TargetArray quil::hands::ROBOTERA_XHAND1(const InputAngles& in, const Memo
             out[slot::middle_proximal] = curl_toward(out[slot::middle_proximal], -76, 1.4f);
         }
         // Middle pinch.
-        if (out[slot::index_proximal] > -50 && out[slot::middle_proximal] < -50 && out[slot::ring_proximal] > -50 && out[slot::little_proximal] > -50) {
+        if (out[slot::index_proximal] > -50 && out[slot::middle_proximal] < -50 && out[slot::ring_proximal] > -50 &&
+            out[slot::little_proximal] > -50) {
             out[slot::thumb_proximal] = -35;
             out[slot::thumb_base] = -35;
             out[slot::thumb_distal] = curl_toward(out[slot::thumb_distal], -85, 1.4f);
@@ -135,7 +137,8 @@ quil::TargetArray quil::hands::ROBOTERA_XHAND1(const InputAngles& in, const Memo
             out[slot::middle_proximal] = curl_toward(out[slot::middle_proximal], -76, 1.5f);
         }
         // Middle and ring together.
-        if (out[slot::index_proximal] > -50 && out[slot::middle_proximal] < -50 && out[slot::ring_proximal] < -50 && out[slot::little_proximal] > -50) {
+        if (out[slot::index_proximal] > -50 && out[slot::middle_proximal] < -50 && out[slot::ring_proximal] < -50 &&
+            out[slot::little_proximal] > -50) {
             out[slot::thumb_proximal] = -35;
             out[slot::thumb_base] = -35;
             out[slot::thumb_distal] = curl_toward(out[slot::thumb_distal], -95, 1.0f);
@@ -145,7 +148,8 @@ quil::TargetArray quil::hands::ROBOTERA_XHAND1(const InputAngles& in, const Memo
             out[slot::ring_proximal] = curl_toward(out[slot::ring_proximal], -76, 1.0f);
         }
         // Ring pinch.
-        if (out[slot::index_proximal] > -50 && out[slot::middle_proximal] > -50 && out[slot::ring_proximal] < -50 && out[slot::little_proximal] > -50) {
+        if (out[slot::index_proximal] > -50 && out[slot::middle_proximal] > -50 && out[slot::ring_proximal] < -50 &&
+            out[slot::little_proximal] > -50) {
             out[slot::thumb_proximal] = -32;
             out[slot::thumb_base] = -33;
             out[slot::thumb_distal] = curl_toward(out[slot::thumb_distal], -100, 1.4f);
@@ -153,8 +157,8 @@ quil::TargetArray quil::hands::ROBOTERA_XHAND1(const InputAngles& in, const Memo
             out[slot::ring_proximal] = curl_toward(out[slot::ring_proximal], -76, 1.4f);
         }
         // Ring and little half bent: the thumb reaches across to the ring finger.
-        if (out[slot::index_proximal] > -50 && out[slot::middle_proximal] > -50 && out[slot::ring_proximal] < -50 && out[slot::little_proximal] < -50 && out[slot::ring_proximal] > -70 &&
-            out[slot::little_proximal] > -70) {
+        if (out[slot::index_proximal] > -50 && out[slot::middle_proximal] > -50 && out[slot::ring_proximal] < -50 &&
+            out[slot::little_proximal] < -50 && out[slot::ring_proximal] > -70 && out[slot::little_proximal] > -70) {
             out[slot::thumb_proximal] = -32;
             out[slot::thumb_base] = -33;
             if (out[slot::thumb_distal] > -100) out[slot::thumb_distal] = -100;
@@ -164,15 +168,18 @@ quil::TargetArray quil::hands::ROBOTERA_XHAND1(const InputAngles& in, const Memo
             if (out[slot::ring_proximal] < -76) out[slot::ring_proximal] = -76;
         }
         // Ring and little fully bent: they close completely under the thumb.
-        if (out[slot::index_proximal] > -50 && out[slot::middle_proximal] > -50 && out[slot::ring_proximal] < -70 && out[slot::little_proximal] < -70) {
+        if (out[slot::index_proximal] > -50 && out[slot::middle_proximal] > -50 && out[slot::ring_proximal] < -70 &&
+            out[slot::little_proximal] < -70) {
             out[slot::thumb_proximal] = -35;
             out[slot::thumb_base] = -35;
             if (out[slot::thumb_distal] > -100) out[slot::thumb_distal] = -100;
             if (out[slot::thumb_distal] < -110) out[slot::thumb_distal] = -110;
-            out[slot::ring_distal] = out[slot::ring_proximal] = out[slot::little_distal] = out[slot::little_proximal] = -100;
+            out[slot::ring_distal] = out[slot::ring_proximal] = out[slot::little_distal] =
+                out[slot::little_proximal] = -100;
         }
         // Little finger pinch.
-        if (out[slot::index_proximal] > -50 && out[slot::middle_proximal] > -50 && out[slot::ring_proximal] > -50 && out[slot::little_proximal] < -50) {
+        if (out[slot::index_proximal] > -50 && out[slot::middle_proximal] > -50 && out[slot::ring_proximal] > -50 &&
+            out[slot::little_proximal] < -50) {
             out[slot::thumb_proximal] = -30;
             out[slot::thumb_base] = -30;
             out[slot::thumb_distal] = -110;
@@ -181,8 +188,11 @@ quil::TargetArray quil::hands::ROBOTERA_XHAND1(const InputAngles& in, const Memo
         }
     }
     // A fist closes every finger fully, whatever the thumb does.
-    if (out[slot::index_proximal] < -80 && out[slot::middle_proximal] < -80 && out[slot::ring_proximal] < -80 && out[slot::little_proximal] < -60)
-        out[slot::index_distal] = out[slot::index_proximal] = out[slot::middle_proximal] = out[slot::ring_proximal] = out[slot::little_proximal] = out[slot::middle_distal] = out[slot::ring_distal] = out[slot::little_distal] = -100;
+    if (out[slot::index_proximal] < -80 && out[slot::middle_proximal] < -80 && out[slot::ring_proximal] < -80 &&
+        out[slot::little_proximal] < -60)
+        out[slot::index_distal] = out[slot::index_proximal] = out[slot::middle_proximal] = out[slot::ring_proximal] =
+            out[slot::little_proximal] = out[slot::middle_distal] = out[slot::ring_distal] =
+                out[slot::little_distal] = -100;
 
     out[k] = -1.0;
     flip_thumb_and_index(out);

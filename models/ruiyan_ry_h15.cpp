@@ -41,8 +41,10 @@ void pinch(TargetArray& out, bool* done) {
     if (!thumb_active(out, thumb_active_threshold)) return;
 
     const bool index_close = out[slot::index_proximal] <= double(index_active_threshold.at_or_below) ||
-                             out[slot::thumb_proximal] + out[slot::index_proximal] <= sum_of_upper_edges(thumb_active_threshold, index_active_threshold);
-    if (out[slot::index_proximal] >= double(index_active_threshold.at_or_above) && out[slot::thumb_rotation] >= -20 && index_close) {
+                             out[slot::thumb_proximal] + out[slot::index_proximal] <=
+                                 sum_of_upper_edges(thumb_active_threshold, index_active_threshold);
+    if (out[slot::index_proximal] >= double(index_active_threshold.at_or_above) && out[slot::thumb_rotation] >= -20 &&
+        index_close) {
         if (done[0]) {
             out[slot::index_proximal] = pinch_toward(out[slot::index_proximal], -44, 0.5f, 10.0f);
             out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal] * 1.2, -43, 0.8f, 25.0f);

@@ -59,22 +59,33 @@ void joint_chain(TargetArray& out) {
 }
 
 // With the thumb reaching (slot 1 at or below -40, slot 2 not below -75), the bending finger
-// picks the pose. An index pose leaves out[slot::index_proximal] at -43, which shuts out the others; out[slot::ring_proximal] at
-// exactly -30 is neither a ring nor a little pinch.
+// picks the pose. An index pose leaves out[slot::index_proximal] at -43, which shuts out the others;
+// out[slot::ring_proximal] at exactly -30 is neither a ring nor a little pinch.
 void pinch_poses(TargetArray& out) {
     if (!(out[slot::thumb_proximal] <= -40 && out[slot::thumb_distal] >= -75)) return;
     if (out[slot::index_proximal] <= -35 && out[slot::index_proximal] >= -70) {
-        out[slot::thumb_distal] = -26; out[slot::thumb_abduction] = 20; out[slot::index_proximal] = -43;
+        out[slot::thumb_distal] = -26;
+        out[slot::thumb_abduction] = 20;
+        out[slot::index_proximal] = -43;
     }
-    const bool middle = out[slot::index_proximal] > -40 && out[slot::middle_proximal] <= -31 && out[slot::little_proximal] > -40;
+    const bool middle =
+        out[slot::index_proximal] > -40 && out[slot::middle_proximal] <= -31 && out[slot::little_proximal] > -40;
     if (middle) {
-        out[slot::thumb_distal] = -23; out[slot::thumb_abduction] = 25; out[slot::middle_proximal] = -45;
+        out[slot::thumb_distal] = -23;
+        out[slot::thumb_abduction] = 25;
+        out[slot::middle_proximal] = -45;
     }
-    if (!middle && out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] < -30 && out[slot::little_proximal] > -40) {
-        out[slot::thumb_distal] = -23; out[slot::thumb_abduction] = 28; out[slot::ring_proximal] = -41;
+    if (!middle && out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 &&
+        out[slot::ring_proximal] < -30 && out[slot::little_proximal] > -40) {
+        out[slot::thumb_distal] = -23;
+        out[slot::thumb_abduction] = 28;
+        out[slot::ring_proximal] = -41;
     }
-    if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -30 && out[slot::little_proximal] < -35) {
-        out[slot::thumb_distal] = -18; out[slot::thumb_abduction] = 30; out[slot::little_proximal] = -55;
+    if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -30 &&
+        out[slot::little_proximal] < -35) {
+        out[slot::thumb_distal] = -18;
+        out[slot::thumb_abduction] = 30;
+        out[slot::little_proximal] = -55;
     }
 }
 

@@ -21,8 +21,9 @@ namespace {
 
 using namespace quil;
 
-// The hand's thumb and four fingers at a pinch: the thumb pose (out[slot::thumb_base], out[slot::thumb_proximal], out[slot::thumb_distal],
-// out[slot::thumb_rotation], out[slot::thumb_abduction]) and three slots of the pinching finger.
+// The hand's thumb and four fingers at a pinch: the thumb pose (out[slot::thumb_base], out[slot::thumb_proximal],
+// out[slot::thumb_distal], out[slot::thumb_rotation], out[slot::thumb_abduction]) and three slots of the pinching
+// finger.
 struct PinchPose {
     double roll, base, tip, spread, rotation;
     int finger_slot;  // first of the finger's three slots
@@ -49,10 +50,10 @@ constexpr banded_finger_chain::FingerBands kFingers{
     banded_finger_chain::uniform(0.95),                         // little 18
 };
 
-constexpr PinchPose kIndexPinch{0, -26, 15, -45, -41, 4, {-77, -38, -61}};
-constexpr PinchPose kMiddlePinch{0, -53, 30, -44, -20, 8, {-38, -64, -74}};
-constexpr PinchPose kRingPinch{0, -53, 30, -45, 7, 12, {-18, -41, -79}};
-constexpr PinchPose kLittlePinch{0, -53, 30, -45, 22, 16, {-38, -35, -56}};
+constexpr PinchPose kIndexPinch{0, -26, 15, -45, -41, slot::index_tip, {-77, -38, -61}};
+constexpr PinchPose kMiddlePinch{0, -53, 30, -44, -20, slot::middle_tip, {-38, -64, -74}};
+constexpr PinchPose kRingPinch{0, -53, 30, -45, 7, slot::ring_tip, {-18, -41, -79}};
+constexpr PinchPose kLittlePinch{0, -53, 30, -45, 22, slot::little_tip, {-38, -35, -56}};
 
 // With the thumb base half bent, the finger that is bent (and the others straight) picks the
 // pinch pose. A fired index pose leaves the index at -61, which shuts out the others; a ring
@@ -62,11 +63,14 @@ void pinch_poses(TargetArray& out) {
     if (out[slot::index_proximal] <= -40 && out[slot::index_proximal] >= -65) apply(out, kIndexPinch);
     if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] < -40 && out[slot::little_proximal] > -40) {
         apply(out, kMiddlePinch);
-    } else if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] < -30 && out[slot::little_proximal] > -40) {
+    } else if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 &&
+               out[slot::ring_proximal] < -30 && out[slot::little_proximal] > -40) {
         apply(out, kRingPinch);
     }
     // The little finger is recognised by its middle joint.
-    if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -30 && out[slot::little_distal] < -30) apply(out, kLittlePinch);
+    if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -30 &&
+        out[slot::little_distal] < -30)
+        apply(out, kLittlePinch);
 }
 
 }  // namespace

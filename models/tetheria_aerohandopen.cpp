@@ -96,12 +96,14 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
         out[slot::index_distal] = -59;
         out[slot::thumb_distal] = pinch_ease(out[slot::thumb_distal], -49);
         out[slot::index_proximal] = pinch_ease(out[slot::index_proximal] * 1.25, -66);
-        index.settle(out[slot::index_proximal] <= -66 && out[slot::thumb_distal] <= -49, out[slot::index_proximal] <= double(-46.2f) && out[slot::thumb_distal] <= double(-34.3f));
+        index.settle(out[slot::index_proximal] <= -66 && out[slot::thumb_distal] <= -49,
+                     out[slot::index_proximal] <= double(-46.2f) && out[slot::thumb_distal] <= double(-34.3f));
     }
 
     // Read after the index pinch; the thumb's activity stays as it was before it.
     const bool middle_in_band = out[slot::middle_proximal] < -59 && out[slot::middle_proximal] >= -75;
-    const bool middle_trigger = thumb_active && out[slot::middle_proximal] < -47.2 && out[slot::little_proximal] > -40;
+    const bool middle_trigger =
+        thumb_active && out[slot::middle_proximal] < -47.2 && out[slot::little_proximal] > -40;
     const bool little_in_band = out[slot::little_proximal] < -50.25 && out[slot::little_proximal] > -80;
 
     if (middle.runs(middle_trigger, thumb_active || middle_in_band)) {
@@ -115,8 +117,10 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
         out[slot::middle_tip] = 0;
         out[slot::middle_distal] = -59;
         // -36.4 as the firmware's single-precision constant was recorded.
-        middle.settle(out[slot::middle_proximal] <= -59 && out[slot::thumb_distal] <= -52, out[slot::middle_proximal] <= double(-41.3f) && out[slot::thumb_distal] <= -36.39999771118164);
-    } else if (thumb_active && out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] < -36.60000228881836 && out[slot::little_proximal] > -40) {
+        middle.settle(out[slot::middle_proximal] <= -59 && out[slot::thumb_distal] <= -52,
+                      out[slot::middle_proximal] <= double(-41.3f) && out[slot::thumb_distal] <= -36.39999771118164);
+    } else if (thumb_active && out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 &&
+               out[slot::ring_proximal] < -36.60000228881836 && out[slot::little_proximal] > -40) {
         // Ring pinch, only while its trigger holds (-36.6 as the firmware's single-precision
         // constant was recorded).
         if (out[slot::ring_proximal] < -35) restore_thumb(out, memory);
@@ -131,7 +135,8 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
     }
 
     // Little pinch, after either of the above; its thumb pose wins.
-    if (thumb_active && little_in_band && out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -30) {
+    if (thumb_active && little_in_band && out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 &&
+        out[slot::ring_proximal] > -30) {
         if (out[slot::little_proximal] < -35) restore_thumb(out, memory);
         out[slot::thumb_base] = 0;
         out[slot::thumb_proximal] = -52;
