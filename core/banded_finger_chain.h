@@ -19,7 +19,7 @@
 
 namespace quil::banded_finger_chain {
 
-constexpr SpreadCoupling kSpread{30, 20, 30, 7, 1.5, 3.5, 0.15, 0.15, 0.25, 0.24, 0.32};
+constexpr SpreadCoupling kSpread{30, 20, 30, 1.5, 3.5, 0.15, 0.15, 0.25, 0.24, 0.32};
 
 // One gain in every band: the curve of a joint that is scaled, not banded.
 constexpr Curve3 uniform(double gain) { return Curve3{0, 0, scale(gain), scale(gain), scale(gain)}; }

@@ -27,6 +27,23 @@ inline void spread_middle_from_neighbours(TargetArray& out, double index_gain, d
     out[slot::middle_spread] = index_gain * out[slot::index_spread] - ring_gain * out[slot::ring_spread];
 }
 
+// The little finger's spread: a narrow spread (below 7) is scaled up; a wider one is offset and
+// capped.
+struct LittleSpreadGain {
+    double narrow_gain;
+    double wide_offset;
+    double cap;
+};
+
+inline void reshape_little_spread(double& spread, const LittleSpreadGain& g) {
+    if (spread < 7) {
+        spread = spread * g.narrow_gain;
+    } else {
+        spread = spread + g.wide_offset;
+        if (spread > g.cap) spread = g.cap;
+    }
+}
+
 // The first slot of each doubly driven finger (4, 8, 12, 16) follows its reshaped second slot at
 // `gain`, never extending past straight.
 inline void follow_distal(TargetArray& out, double gain) {

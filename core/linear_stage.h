@@ -219,6 +219,17 @@ inline int run_linear_stage(const InputAngles& raw, Clamp clamp, const Coefficie
     return detail::emit_rows_fixed<R>(p, out, std::make_index_sequence<19>{});
 }
 
+// The rows fill slots 0..22 (the hand writes the terminator itself). The hands whose rules read
+// every one of those slots check the count the emission returned: a short emission would leave
+// the hand half-set, so they send all zeros instead. Returns whether it did.
+inline bool zero_short_emission(int emitted, TargetArray& out) {
+    if (emitted <= 22) {
+        out.fill(0.0);
+        return true;
+    }
+    return false;
+}
+
 // The hand's controller expects some joints mirrored: flip the sign bit, so 0.0 becomes -0.0.
 inline void flip_signs(TargetArray& out, std::initializer_list<int> slots) {
     for (int i : slots) out[i] = -out[i];

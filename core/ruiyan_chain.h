@@ -22,6 +22,7 @@
 
 #include <algorithm>
 
+#include "core/finger_coupling.h"
 #include "core/linear_stage.h"
 #include "core/slots.h"
 
@@ -172,12 +173,7 @@ inline void fingers(TargetArray& out, const ChainVariant& v) {
 
     // Little: abduction boosted while small, narrowed by both little joints.
     if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
-    if (out[slot::little_spread] < 7) {
-        out[slot::little_spread] = out[slot::little_spread] * 1.5;
-    } else {
-        out[slot::little_spread] = out[slot::little_spread] + 3.5;
-        if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
-    }
+    reshape_little_spread(out[slot::little_spread], LittleSpreadGain{1.5, 3.5, 30});
     if (out[slot::little_distal] < 0) {
         out[slot::little_spread] = out[slot::little_spread] + 0.25 * out[slot::little_distal];
         if (out[slot::little_spread] < 0) out[slot::little_spread] = 0;

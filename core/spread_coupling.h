@@ -27,23 +27,6 @@ inline void cap_spreads(TargetArray& out, const SpreadCaps& caps) {
     if (out[slot::ring_spread] > out[slot::little_spread]) out[slot::ring_spread] = out[slot::little_spread];
 }
 
-// The little finger's spread: a narrow spread (below 7) is scaled up; a wider one is offset and
-// capped.
-struct LittleSpreadGain {
-    double narrow_gain;
-    double wide_offset;
-    double cap;
-};
-
-inline void reshape_little_spread(double& spread, const LittleSpreadGain& g) {
-    if (spread < 7) {
-        spread = spread * g.narrow_gain;
-    } else {
-        spread = spread + g.wide_offset;
-        if (spread > g.cap) spread = g.cap;
-    }
-}
-
 // A wide little-finger spread (above 5) turns the thumb toward the palm, up to 35.
 inline void rotate_thumb_with_little_spread(TargetArray& out, double gain) {
     if (out[slot::little_spread] > 5) {
@@ -52,15 +35,15 @@ inline void rotate_thumb_with_little_spread(TargetArray& out, double gain) {
     }
 }
 
-// One hand's spread constants. Slots: 7 index spread, 11 middle spread, 15 ring spread,
-// 19 little spread; 5, 13 and 17 the curls that close them.
+// One hand's spread constants: the caps of the index, ring and little spreads, the little
+// spread's reshaping, how far each spread closes as its finger's distal joint curls, and the
+// middle spread's share of its neighbours.
 struct SpreadCoupling {
     double index_cap;          // index spread at most this
     double ring_cap;           // ring spread at most this
     double little_cap;         // little spread at most this, before and after its boost
-    double little_knee;        // below it the little spread is scaled, at or above it lifted
-    double little_low_gain;
-    double little_lift;
+    double little_low_gain;    // a narrow little spread (below 7) is scaled by this,
+    double little_lift;        // a wider one lifted by this (reshape_little_spread)
     double index_pull;         // closing of each spread per unit of its finger's curl
     double ring_pull;
     double little_pull;
@@ -73,12 +56,7 @@ inline void couple_spreads(TargetArray& out, const SpreadCoupling& s) {
     if (out[slot::index_spread] > s.index_cap) out[slot::index_spread] = s.index_cap;
     if (out[slot::ring_spread] > s.ring_cap) out[slot::ring_spread] = s.ring_cap;
     if (out[slot::little_spread] > s.little_cap) out[slot::little_spread] = s.little_cap;
-    if (out[slot::little_spread] < s.little_knee) {
-        out[slot::little_spread] = out[slot::little_spread] * s.little_low_gain;
-    } else {
-        out[slot::little_spread] = out[slot::little_spread] + s.little_lift;
-        if (out[slot::little_spread] > s.little_cap) out[slot::little_spread] = s.little_cap;
-    }
+    reshape_little_spread(out[slot::little_spread], LittleSpreadGain{s.little_low_gain, s.little_lift, s.little_cap});
     close_spread(out[slot::index_spread], out[slot::index_distal], s.index_pull);
     close_spread(out[slot::ring_spread], out[slot::ring_distal], s.ring_pull);
     close_spread(out[slot::little_spread], out[slot::little_distal], s.little_pull);

@@ -83,12 +83,7 @@ inline void couple_fingers(TargetArray& out) {
     if (out[slot::ring_distal] < -100) out[slot::ring_distal] = -100;
     // Little
     if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
-    if (out[slot::little_spread] < 7) {
-        out[slot::little_spread] = out[slot::little_spread] * 1.5;
-    } else {
-        out[slot::little_spread] = out[slot::little_spread] + 3.5;
-        if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
-    }
+    reshape_little_spread(out[slot::little_spread], LittleSpreadGain{1.5, 3.5, 30});
     close_spread(out[slot::little_spread], out[slot::little_distal], 0.25);
     out[slot::little_proximal] = out[slot::little_proximal] * 0.95;
     if (out[slot::little_proximal] < -84) out[slot::little_proximal] = -84;

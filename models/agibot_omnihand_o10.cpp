@@ -165,7 +165,7 @@ void pinch_assist(TargetArray& out, bool* pinch_done) {
 quil::TargetArray quil::hands::AgiBot_OmniHand_O10(const InputAngles& in, const MemoryRef& memory, const Coefficients& tables) {
     TargetArray out{};
     const int k = run_linear_stage<kStandardRows>(in, Clamp::passes_nan, tables, out);
-    if (k <= 22) return TargetArray{};
+    if (zero_short_emission(k, out)) return out;
     joint_chain(out);
     pinch_assist(out, memory.fingerPinchDone);
     // A little finger that bends with the middle and ring fingers closes further.

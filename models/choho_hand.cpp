@@ -101,11 +101,7 @@ void pinch(TargetArray& out, bool* done) {
 
 quil::TargetArray quil::hands::CHOHO_Hand(const InputAngles& in, const MemoryRef& memory, const Coefficients& tables) {
     TargetArray out;
-    if (ruiyan_chain::run_rows(in, tables, out) <= 22) {
-        // A short emission would leave the hand half-set; the rows always emit 23 values.
-        out.fill(0.0);
-        return out;
-    }
+    if (zero_short_emission(ruiyan_chain::run_rows(in, tables, out), out)) return out;
     ruiyan_chain::thumb_and_fingers(out, kChain);
     ruiyan_chain::fist_boost(out, kAlwaysBoost, kFistGains);
     ruiyan_chain::distal_and_full_bend(out, /*lock_little=*/true);

@@ -206,12 +206,7 @@ quil::TargetArray quil::hands::DexRobot_DexHand021_MP(const InputAngles& in, con
         out[slot::thumb_abduction] = out[slot::thumb_abduction] + 1.3 * (out[slot::little_spread] - 5);
         if (out[slot::thumb_abduction] > 35) out[slot::thumb_abduction] = 35;
     }
-    if (out[slot::little_spread] < 7) {
-        out[slot::little_spread] = out[slot::little_spread] * 3;
-    } else {
-        out[slot::little_spread] = out[slot::little_spread] + 14;
-        if (out[slot::little_spread] > 35) out[slot::little_spread] = 35;
-    }
+    reshape_little_spread(out[slot::little_spread], LittleSpreadGain{3, 14, 35});
     close_spread(out[slot::index_spread], out[slot::index_distal], 0.15);
     close_spread(out[slot::ring_spread], out[slot::ring_distal], 0.15);
     close_spread(out[slot::little_spread], out[slot::little_distal], 0.25);

@@ -46,27 +46,17 @@ QUIL_DEFINE_COEFFICIENTS(LINKERBOT_LinkerHand_L10, HAND_WEIGHT, HAND_W0)
 const quil::SlotDeclaration quil::hands::LINKERBOT_LinkerHand_L10_slots = quil::kTipsAtEightTenths;
 
 namespace {
-
 using namespace quil;
-
-// Every row written, the four doubly driven ones twice: out[0..22].
-constexpr int kFullEmission = 23;
-
 }  // namespace
 
 quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L10(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
     constexpr ThresholdPair thumb_active_threshold{-40.0f, -70.0f};
     constexpr ThresholdPair index_active_threshold{-40.0f, -75.0f};
 
-    // The hand is driven from a working copy that becomes the whole result, or all zeros if
-    // the rows did not fill the targets (the rules below address every slot up to 22).
+    // The rules below address every slot up to 22: a short emission sends all zeros.
     TargetArray out;
     const int k = run_linear_stage<kStandardRows>(in, Clamp::passes_nan, tables, out);
-    if (k < kFullEmission) {
-        TargetArray zeros;
-        zeros.fill(0.0);
-        return zeros;
-    }
+    if (zero_short_emission(k, out)) return out;
 
     couple_thumb(out, ThumbSwingGains{0.3, 0.35});
     couple_fingers(out);

@@ -125,12 +125,7 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O7(const InputAngles& in, co
     out[slot::ring_distal] = kFingerProximal(out[slot::ring_distal]);
     if (out[slot::ring_distal] < kFullyClosed) out[slot::ring_distal] = kFullyClosed;
     if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
-    if (out[slot::little_spread] < 7) {
-        out[slot::little_spread] = out[slot::little_spread] * 1.5;
-    } else {
-        out[slot::little_spread] = out[slot::little_spread] + 3.5;
-        if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
-    }
+    reshape_little_spread(out[slot::little_spread], LittleSpreadGain{1.5, 3.5, 30});
     close_spread(out[slot::little_spread], out[slot::little_distal], 0.25);
     // The little finger's travel ends at -84; its bend closes its spread from -5 on.
     scale_and_floor(out[slot::little_proximal], 0.95, -84);

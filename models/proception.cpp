@@ -64,12 +64,7 @@ quil::TargetArray quil::hands::Proception(const InputAngles& in, const MemoryRef
     if (out[slot::index_spread] > 30) out[slot::index_spread] = 30;
     if (out[slot::ring_spread] > 20) out[slot::ring_spread] = 20;
     if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
-    if (out[slot::little_spread] < 7) {
-        out[slot::little_spread] = out[slot::little_spread] * 1.5;
-    } else {
-        out[slot::little_spread] = out[slot::little_spread] + 3.5;
-        if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
-    }
+    reshape_little_spread(out[slot::little_spread], LittleSpreadGain{1.5, 3.5, 30});
     close_spread(out[slot::index_spread], out[slot::index_distal], 0.15);
     close_spread(out[slot::ring_spread], out[slot::ring_distal], 0.15);
     close_spread(out[slot::little_spread], out[slot::little_distal], 0.25);

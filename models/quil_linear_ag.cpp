@@ -61,12 +61,7 @@ quil::TargetArray quil::hands::QUIL_linear_AG(const InputAngles& in, const Memor
         out[slot::thumb_distal] = 0.3 * (out[slot::little_spread] - 5.0) + out[slot::thumb_distal];
     }
     // The little finger's spread: small spreads tripled, larger ones raised by 14.
-    if (out[slot::little_spread] < 7) {
-        out[slot::little_spread] = out[slot::little_spread] * 3.0;
-    } else {
-        out[slot::little_spread] = out[slot::little_spread] + 14.0;
-        if (out[slot::little_spread] > 35) out[slot::little_spread] = 35;
-    }
+    reshape_little_spread(out[slot::little_spread], LittleSpreadGain{3, 14, 35});
     if (out[slot::little_proximal] > -20 && out[slot::ring_spread] > out[slot::little_spread])
         out[slot::ring_spread] = out[slot::little_spread];
     close_spread(out[slot::index_spread], out[slot::index_distal], 0.15);

@@ -153,11 +153,7 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
 
 quil::TargetArray quil::hands::TetherIA_AeroHandOpen(const InputAngles& in, const MemoryRef& memory, const Coefficients& tables) {
     TargetArray out;
-    if (ruiyan_chain::run_rows(in, tables, out) <= 22) {
-        // A short emission would leave the hand half-set; the rows always emit 23 values.
-        out.fill(0.0);
-        return out;
-    }
+    if (zero_short_emission(ruiyan_chain::run_rows(in, tables, out), out)) return out;
     ruiyan_chain::thumb_and_fingers(out, kChain);
     // The thumb roll is not driven, except on a fist.
     out[slot::thumb_base] = 0;
