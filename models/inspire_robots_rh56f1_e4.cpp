@@ -4,6 +4,7 @@
 // until the fingers open clearly, so sensor jitter at the pinch depth does not make it flutter.
 #include "core/common_coefficients.h"
 #include "core/hand_class.h"
+#include "core/held_pinch.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
@@ -61,8 +62,8 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
     bool index_engaged = false;
     bool middle_engaged = false;
 
-    if ((thumb_active && (index_in_band || index_reach) && rotation_open) ||
-        (latch[kIndex] && (thumb_active || index_in_band))) {
+    HeldPinch index{latch[kIndex]};
+    if (index.runs(thumb_active && (index_in_band || index_reach) && rotation_open, thumb_active || index_in_band)) {
         index_engaged = true;
         out[slot::thumb_proximal] = 0;
         if (out[slot::index_proximal] < kIndexDeep) out[slot::thumb_distal] = thumb_ref;
@@ -71,11 +72,8 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
         out[slot::thumb_abduction] = 22;
         out[slot::index_distal] = -44;
         out[slot::index_proximal] = pinch_toward(out[slot::index_proximal], -41, 0.15f, 0.0f);
-        if (latch[kIndex])
-            latch[kIndex] =
-                out[slot::index_proximal] <= kIndexRelease && out[slot::thumb_distal] <= kThumbReleaseIndex;
-        else if (out[slot::index_proximal] <= -41 && out[slot::thumb_distal] <= -28)
-            latch[kIndex] = true;
+        index.settle(out[slot::index_proximal] <= -41 && out[slot::thumb_distal] <= -28,
+                     out[slot::index_proximal] <= kIndexRelease && out[slot::thumb_distal] <= kThumbReleaseIndex);
     }
 
     // Uses the thumb state from before the index pinch moved the thumb.
