@@ -9,8 +9,8 @@
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
-#include "core/ruiyan_chain.h"
 #include "models/hands.h"
+#include "models/shared/blended_thumb_chain.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
 #define HAND_WEIGHT {                                                                     \
@@ -61,23 +61,23 @@ void floor_at(TargetArray& out, int slot, double limit) {
 
 // The RY_H15 joint chain with the base amplified, the tip following the base alone (the tip's
 // own weight is 0), and the thumb spread and fist gains as single-precision constants.
-constexpr ruiyan_chain::ChainVariant kChain{
-    ruiyan_chain::ThumbBaseBands::amplified,
-    ruiyan_chain::ThumbTipBlend{0.0, 1.0, double(0.9f)},
-    ruiyan_chain::ThumbSpreadGains{double(0.3f), double(0.35f)},
+constexpr blended_thumb_chain::ChainVariant kChain{
+    blended_thumb_chain::ThumbBaseBands::amplified,
+    blended_thumb_chain::ThumbTipBlend{0.0, 1.0, double(0.9f)},
+    blended_thumb_chain::ThumbSpreadGains{double(0.3f), double(0.35f)},
     0.95,   // little finger gain
     -84.0,  // and floor
 };
 
 // The positive bounds let the fist boost act on nearly every pose, as the hand was tuned.
-constexpr ruiyan_chain::FistBounds kAlwaysBoost{75.0, 65.0, 75.0, 85.0};
-constexpr ruiyan_chain::FistGains kFistGains{double(1.15f), double(0.7f)};
+constexpr blended_thumb_chain::FistBounds kAlwaysBoost{75.0, 65.0, 75.0, 85.0};
+constexpr blended_thumb_chain::FistGains kFistGains{double(1.15f), double(0.7f)};
 
 // The RY_H15 joint chain with four changes of this hand's own: the rotation also leans on thumb
 // slots 1 and 2, it is not recomputed from the thumb spread, the index's proximal joint stops at
 // -100, and the middle finger locks at -90 like the index and ring.
 void joint_chain(TargetArray& out) {
-    ruiyan_chain::rotation_from_tip(out);
+    blended_thumb_chain::rotation_from_tip(out);
     // The rotation also leans on thumb slots 1 and 2 directly.
     out[slot::thumb_abduction] = out[slot::thumb_abduction] * 0.3 - double(0.2f) * out[slot::thumb_distal] -
                                  double(0.3f) * out[slot::thumb_proximal];
@@ -85,15 +85,15 @@ void joint_chain(TargetArray& out) {
     if (out[slot::thumb_abduction] > 30) out[slot::thumb_abduction] = 30;
     // Thumb roll, base and tip bands; the thumb spread stops at -45 and then holds base and roll
     // back, since a fully rotated thumb would otherwise collide with the palm.
-    ruiyan_chain::thumb_joints(out, kChain);
-    ruiyan_chain::fingers(out, kChain);
+    blended_thumb_chain::thumb_joints(out, kChain);
+    blended_thumb_chain::fingers(out, kChain);
     // The index's proximal joint also stops at -100 (nothing in the fingers' step reads it
     // after its gain).
     floor_at(out, slot::index_proximal, -100);
     // A deeply bent middle finger drags the ring and little fingers, and the index, along; with
     // the index not past its pinch window, each fully bent neighbour eases the thumb spread.
-    ruiyan_chain::neighbour_drag(out);
-    ruiyan_chain::fist_boost(out, kAlwaysBoost, kFistGains);
+    blended_thumb_chain::neighbour_drag(out);
+    blended_thumb_chain::fist_boost(out, kAlwaysBoost, kFistGains);
     follow_distal(out, 0.8);
     lock_full_bends(out, -90, -80);
 }

@@ -1,13 +1,13 @@
 // AgiBot OmniHand O12: the common pose with banded curl gains, and four fixed pinch poses. When
 // the thumb is bent in far enough to meet a finger, the thumb and that finger jump to a
 // calibrated pinch pose instead of following the glove, so the pads meet squarely.
-#include "core/banded_finger_chain.h"
-#include "core/common_coefficients.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
 #include "models/hands.h"
+#include "models/shared/banded_finger_chain.h"
+#include "models/shared/common_coefficients.h"
 
 QUIL_DEFINE_COEFFICIENTS(AgiBot_OmniHand_O12, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 

@@ -1,15 +1,15 @@
-// CHOHO Hand: the RY_H15 joint chain (core/ruiyan_chain.h) with a plainer thumb base and a thumb
+// CHOHO Hand: the RY_H15 joint chain (models/shared/blended_thumb_chain.h) with a plainer thumb base and a thumb
 // tip that keeps most of its own bend, and a four-finger pinch assist of its own. Index and
 // middle pinches hold once they have closed fully (core/held_pinch.h); ring and little pinches
 // act only while their trigger holds.
-#include "core/common_coefficients.h"
 #include "core/hand_class.h"
 #include "core/held_pinch.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
-#include "core/ruiyan_chain.h"
 #include "models/hands.h"
+#include "models/shared/blended_thumb_chain.h"
+#include "models/shared/common_coefficients.h"
 
 QUIL_DEFINE_COEFFICIENTS(CHOHO_Hand, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
@@ -23,17 +23,17 @@ using namespace quil;
 
 // Differences from the RY_H15: shallow thumb-base bends are not amplified, and the thumb tip
 // is a blend of 63% of its own bend with the base (RY_H15: half the base alone).
-constexpr ruiyan_chain::ChainVariant kChain{
-    ruiyan_chain::ThumbBaseBands::plain_shallow,
-    ruiyan_chain::ThumbTipBlend{0.6302521008403361, 1.0, double(0.9f)},
-    ruiyan_chain::ThumbSpreadGains{0.3, 0.35},
+constexpr blended_thumb_chain::ChainVariant kChain{
+    blended_thumb_chain::ThumbBaseBands::plain_shallow,
+    blended_thumb_chain::ThumbTipBlend{0.6302521008403361, 1.0, double(0.9f)},
+    blended_thumb_chain::ThumbSpreadGains{0.3, 0.35},
     0.95,   // little finger gain
     -84.0,  // and floor
 };
 
 // As on the RY_H15, the fist boost acts on every sample.
-constexpr ruiyan_chain::FistBounds kAlwaysBoost{75.0, 65.0, 75.0, 85.0};
-constexpr ruiyan_chain::FistGains kFistGains{1.15, 0.7};
+constexpr blended_thumb_chain::FistBounds kAlwaysBoost{75.0, 65.0, 75.0, 85.0};
+constexpr blended_thumb_chain::FistGains kFistGains{1.15, 0.7};
 
 constexpr ThresholdPair thumb_active_threshold{-40.0f, -72.0f};
 constexpr ThresholdPair index_active_threshold{-40.0f, -75.0f};
@@ -101,10 +101,10 @@ void pinch(TargetArray& out, bool* done) {
 
 quil::TargetArray quil::hands::CHOHO_Hand(const InputAngles& in, const MemoryRef& memory, const Coefficients& tables) {
     TargetArray out;
-    if (zero_short_emission(ruiyan_chain::run_rows(in, tables, out), out)) return out;
-    ruiyan_chain::thumb_and_fingers(out, kChain);
-    ruiyan_chain::fist_boost(out, kAlwaysBoost, kFistGains);
-    ruiyan_chain::distal_and_full_bend(out, /*lock_little=*/true);
+    if (zero_short_emission(blended_thumb_chain::run_rows(in, tables, out), out)) return out;
+    blended_thumb_chain::thumb_and_fingers(out, kChain);
+    blended_thumb_chain::fist_boost(out, kAlwaysBoost, kFistGains);
+    blended_thumb_chain::distal_and_full_bend(out, /*lock_little=*/true);
     pinch(out, memory.fingerPinchDone);
     out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);

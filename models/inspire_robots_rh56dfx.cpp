@@ -1,12 +1,12 @@
 // INSPIRE ROBOTS RH56DFX: a six-actuator hand with linkage-coupled fingers. The thumb's tip joint
 // is geared steeply and drags the thumb base along when it bends far; the proximal finger values
 // are doubled for the hand's wider joint range, and deep bends are stretched so the fist closes.
-#include "core/finger_coupling.h"
 #include "core/curves.h"
+#include "core/finger_coupling.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
-#include "core/thumb_turning_spreads.h"
 #include "models/hands.h"
+#include "models/shared/thumb_turning_spreads.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
 #define HAND_WEIGHT {                                                                     \

@@ -2,14 +2,14 @@
 // finger couplings for a hand whose ring and little fingers share drives, and pinch assists for
 // thumb-to-index and thumb-to-middle that latch: once a pinch has closed, the hand holds it
 // until the fingers open clearly, so sensor jitter at the pinch depth does not make it flutter.
-#include "core/common_coefficients.h"
 #include "core/hand_class.h"
 #include "core/held_pinch.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
-#include "core/ruiyan_chain.h"
 #include "models/hands.h"
+#include "models/shared/blended_thumb_chain.h"
+#include "models/shared/common_coefficients.h"
 
 QUIL_DEFINE_COEFFICIENTS(INSPIRE_ROBOTS_RH56F1_E4, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
@@ -24,17 +24,17 @@ using namespace quil;
 
 // The RY_H15 chain with the base amplified, the tip following the base alone (the tip's own
 // weight is 0), and the thumb spread and fist gains as single-precision constants.
-constexpr ruiyan_chain::ChainVariant kChain{
-    ruiyan_chain::ThumbBaseBands::amplified,
-    ruiyan_chain::ThumbTipBlend{0.0, 1.0, double(0.9f)},
-    ruiyan_chain::ThumbSpreadGains{double(0.3f), double(0.35f)},
+constexpr blended_thumb_chain::ChainVariant kChain{
+    blended_thumb_chain::ThumbBaseBands::amplified,
+    blended_thumb_chain::ThumbTipBlend{0.0, 1.0, double(0.9f)},
+    blended_thumb_chain::ThumbSpreadGains{double(0.3f), double(0.35f)},
     0.95,   // little finger gain
     -84.0,  // and floor
 };
 
 // The fist boost's bounds are positive, so it acts on every sample.
-constexpr ruiyan_chain::FistBounds kAlwaysBoost{75.0, 65.0, 75.0, 85.0};
-constexpr ruiyan_chain::FistGains kFistGains{double(1.15f), double(0.7f)};
+constexpr blended_thumb_chain::FistBounds kAlwaysBoost{75.0, 65.0, 75.0, 85.0};
+constexpr blended_thumb_chain::FistGains kFistGains{double(1.15f), double(0.7f)};
 
 constexpr ThresholdPair kIndexActive{-20.0f, -75.0f};
 constexpr ThresholdPair kThumbActive{-28.0f, -70.0f};
@@ -116,18 +116,18 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
 
 quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56F1_E4(const InputAngles& in, const MemoryRef& memory, const Coefficients& tables) {
     TargetArray out{};
-    ruiyan_chain::run_rows(in, tables, out);
+    blended_thumb_chain::run_rows(in, tables, out);
     // The RY_H15 joint chain: thumb rotation, thumb bands, finger gains, a bent middle finger
     // dragging ring, little and index along (they share drives on this hand), thumb relief.
-    ruiyan_chain::thumb_and_fingers(out, kChain);
-    ruiyan_chain::fist_boost(out, kAlwaysBoost, kFistGains);
+    blended_thumb_chain::thumb_and_fingers(out, kChain);
+    blended_thumb_chain::fist_boost(out, kAlwaysBoost, kFistGains);
     // While the thumb is not rotated far across the palm, remember where its tip was, then
     // damp the tip.
     if (out[slot::thumb_abduction] <= 23) {
         *memory.thumb1_ref_val = out[slot::thumb_distal];
         out[slot::thumb_distal] = double(0.1f) * out[slot::thumb_distal];
     }
-    ruiyan_chain::distal_and_full_bend(out, /*lock_little=*/true);
+    blended_thumb_chain::distal_and_full_bend(out, /*lock_little=*/true);
     pinch(out, memory);
     out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);

@@ -1,11 +1,11 @@
 // LeadShine DH116: derived from the AgiBot O12 mapping. Its thumb rotation gives back less as
 // the thumb bends, and it has only two pinch poses, index and middle, which move just the thumb
 // slots 2 and 3 and the bending finger: the rest of the thumb keeps following the glove.
-#include "core/banded_finger_chain.h"
-#include "core/common_coefficients.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
+#include "models/shared/banded_finger_chain.h"
+#include "models/shared/common_coefficients.h"
 
 QUIL_DEFINE_COEFFICIENTS(LeadShine_DH116, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 

@@ -3,13 +3,13 @@
 // pads only meet the thumb in a few well-tuned postures, a bent finger with the thumb turned in
 // snaps to one of eight recorded pinch poses. All four fingers bent deep move as one, and a
 // full fist locks every finger joint closed.
-#include "core/finger_coupling.h"
 #include "core/curves.h"
+#include "core/finger_coupling.h"
 #include "core/hand_class.h"
-#include "core/linkage_curves.h"
 #include "core/linear_stage.h"
 #include "core/spread_coupling.h"
 #include "models/hands.h"
+#include "models/shared/wide_linkage_curves.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
 #define HAND_WEIGHT {                                                                     \

@@ -2,7 +2,6 @@
 // follows the thumb tip, finger joints are reshaped by piecewise gains, abductions close as the
 // fingers bend, and a two-case pinch assist puts the thumb and the index or middle finger on
 // fixed pinch targets.
-#include "core/common_coefficients.h"
 #include "core/curves.h"
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
@@ -10,6 +9,7 @@
 #include "core/linear_stage.h"
 #include "core/thumb_coupling.h"
 #include "models/hands.h"
+#include "models/shared/common_coefficients.h"
 
 QUIL_DEFINE_COEFFICIENTS(LINKERBOT_LinkerHand_O6, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 

@@ -3,7 +3,6 @@
 // the whole target array before writing it. The thumb tip follows the first thumb joint, and a
 // four-case pinch assist, gated by two threshold pairs, floors the thumb tip and the pinching
 // finger at fixed pinch depths.
-#include "core/common_coefficients.h"
 #include "core/curves.h"
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
@@ -13,6 +12,7 @@
 #include "core/pinch_gates.h"
 #include "core/thumb_coupling.h"
 #include "models/hands.h"
+#include "models/shared/common_coefficients.h"
 
 QUIL_DEFINE_COEFFICIENTS(LINKERBOT_LinkerHand_O7, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 

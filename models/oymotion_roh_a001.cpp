@@ -2,12 +2,12 @@
 // index finger. A lightly bent thumb base takes its value from the index finger's middle joint,
 // the thumb rotation is derived from the thumb tip alone, and the finger joints are stretched
 // past a knee so the fist closes.
-#include "core/finger_coupling.h"
 #include "core/curves.h"
+#include "core/finger_coupling.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
-#include "core/thumb_turning_spreads.h"
 #include "models/hands.h"
+#include "models/shared/thumb_turning_spreads.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
 #define HAND_WEIGHT {                                                                     \

@@ -4,13 +4,13 @@
 //
 // Finger joints: index (5, 6), middle (9, 10), ring (13, 14), little (17, 18); the first of each
 // pair is the doubly written row, the slot before it the distal joint.
-#include "core/common_coefficients.h"
 #include "core/curves.h"
 #include "core/finger_coupling.h"
 #include "core/hand_class.h"
-#include "core/linkage_curves.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
+#include "models/shared/common_coefficients.h"
+#include "models/shared/wide_linkage_curves.h"
 
 QUIL_DEFINE_COEFFICIENTS(PaXini_DexH13_GEN2, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 

@@ -7,10 +7,10 @@
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
 #include "core/hand_class.h"
-#include "core/linkage_curves.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
 #include "models/quil_linear_ag_coefficients.h"
+#include "models/shared/wide_linkage_curves.h"
 
 QUIL_DEFINE_COEFFICIENTS(Proception, QUIL_AG_WEIGHT, QUIL_AG_W0)
 

@@ -7,11 +7,11 @@
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
 #include "core/hand_class.h"
-#include "core/linkage_curves.h"
 #include "core/linear_stage.h"
-#include "core/thumb_turning_spreads.h"
-#include "core/wide_linkage.h"
 #include "models/hands.h"
+#include "models/shared/thumb_turning_spreads.h"
+#include "models/shared/wide_linkage.h"
+#include "models/shared/wide_linkage_curves.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
 #define HAND_WEIGHT {                                                                     \

@@ -1,14 +1,14 @@
-// RUIYAN RY_H15: the common coefficient set with the RY_H15 joint chain (core/ruiyan_chain.h),
+// RUIYAN RY_H15: the common coefficient set with the RY_H15 joint chain (models/shared/blended_thumb_chain.h),
 // and a thumb-to-index / thumb-to-middle pinch assist that remembers a completed pinch. The
 // first time a pinch comes close it is approached gently; once it has closed fully the latch
 // holds, and later samples pull harder to keep the pads together.
-#include "core/common_coefficients.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
-#include "core/ruiyan_chain.h"
 #include "models/hands.h"
+#include "models/shared/blended_thumb_chain.h"
+#include "models/shared/common_coefficients.h"
 
 QUIL_DEFINE_COEFFICIENTS(RUIYAN_RY_H15, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
@@ -20,18 +20,18 @@ namespace {
 
 using namespace quil;
 
-constexpr ruiyan_chain::ChainVariant kChain{
-    ruiyan_chain::ThumbBaseBands::amplified,
+constexpr blended_thumb_chain::ChainVariant kChain{
+    blended_thumb_chain::ThumbBaseBands::amplified,
     // The tip is simply half the base, slightly reduced: the tip's own weight is 0.
-    ruiyan_chain::ThumbTipBlend{0.0, 0.5, double(0.9f)},
-    ruiyan_chain::ThumbSpreadGains{0.3, 0.35},
+    blended_thumb_chain::ThumbTipBlend{0.0, 0.5, double(0.9f)},
+    blended_thumb_chain::ThumbSpreadGains{0.3, 0.35},
     0.95,   // little finger gain
     -84.0,  // and floor
 };
 
 // The fist boost's bounds are positive, so it acts on every sample.
-constexpr ruiyan_chain::FistBounds kAlwaysBoost{75.0, 65.0, 75.0, 85.0};
-constexpr ruiyan_chain::FistGains kFistGains{1.15, 0.7};
+constexpr blended_thumb_chain::FistBounds kAlwaysBoost{75.0, 65.0, 75.0, 85.0};
+constexpr blended_thumb_chain::FistGains kFistGains{1.15, 0.7};
 
 constexpr ThresholdPair thumb_active_threshold{-30.0f, -70.0f};
 constexpr ThresholdPair index_active_threshold{-30.0f, -75.0f};
@@ -83,10 +83,10 @@ void pinch(TargetArray& out, bool* done) {
 
 quil::TargetArray quil::hands::RUIYAN_RY_H15(const InputAngles& in, const MemoryRef& memory, const Coefficients& tables) {
     TargetArray out;
-    if (zero_short_emission(ruiyan_chain::run_rows(in, tables, out), out)) return out;
-    ruiyan_chain::thumb_and_fingers(out, kChain);
-    ruiyan_chain::fist_boost(out, kAlwaysBoost, kFistGains);
-    ruiyan_chain::distal_and_full_bend(out, /*lock_little=*/true);
+    if (zero_short_emission(blended_thumb_chain::run_rows(in, tables, out), out)) return out;
+    blended_thumb_chain::thumb_and_fingers(out, kChain);
+    blended_thumb_chain::fist_boost(out, kAlwaysBoost, kFistGains);
+    blended_thumb_chain::distal_and_full_bend(out, /*lock_little=*/true);
     pinch(out, memory.fingerPinchDone);
     out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);

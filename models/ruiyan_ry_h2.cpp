@@ -2,12 +2,12 @@
 // directions, the proximal finger curls taken at 0.9 and the middle ones in bands, and four
 // pinch poses that set only the thumb's slots 2 and 3 and the bending finger, leaving the rest
 // to the glove.
-#include "core/banded_finger_chain.h"
-#include "core/common_coefficients.h"
 #include "core/curves.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
+#include "models/shared/banded_finger_chain.h"
+#include "models/shared/common_coefficients.h"
 
 QUIL_DEFINE_COEFFICIENTS(RUIYAN_RY_H2, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
@@ -20,7 +20,7 @@ namespace {
 
 using namespace quil;
 
-// Band gains by finger and slot (core/banded_finger_chain.h). Thumb slot 1 is lifted by 4
+// Band gains by finger and slot (models/shared/banded_finger_chain.h). Thumb slot 1 is lifted by 4
 // rather than scaled when deep and may bend to -90; the proximal curls are only scaled, at 0.9
 // (the little finger at 0.95).
 constexpr banded_finger_chain::Bands kBands{

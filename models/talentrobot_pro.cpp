@@ -2,13 +2,13 @@
 // a thumb tip remapped onto the hand's own range, and four fixed pinch poses (thumb to index,
 // middle, ring or little) that take over while the thumb base is half bent. Nothing is kept
 // between samples.
-#include "core/banded_finger_chain.h"
-#include "core/common_coefficients.h"
 #include "core/curves.h"
 #include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/spread_coupling.h"
 #include "models/hands.h"
+#include "models/shared/banded_finger_chain.h"
+#include "models/shared/common_coefficients.h"
 
 QUIL_DEFINE_COEFFICIENTS(TalentRobot_Pro, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 

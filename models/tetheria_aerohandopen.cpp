@@ -1,4 +1,4 @@
-// TetherIA AeroHandOpen: the RY_H15 joint chain (core/ruiyan_chain.h) with a plainer thumb, a
+// TetherIA AeroHandOpen: the RY_H15 joint chain (models/shared/blended_thumb_chain.h) with a plainer thumb, a
 // stronger little finger, a fist that also rolls the thumb, and no full-bend lock for the little
 // finger. The thumb is scaled down by the palm opening (the thumb rotation), and remembered
 // unscaled so that a pinch can bring the real thumb back. Four pinches pull finger and thumb
@@ -6,14 +6,14 @@
 // they have closed fully (core/held_pinch.h).
 #include <cmath>
 
-#include "core/common_coefficients.h"
 #include "core/hand_class.h"
 #include "core/held_pinch.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
-#include "core/ruiyan_chain.h"
 #include "models/hands.h"
+#include "models/shared/blended_thumb_chain.h"
+#include "models/shared/common_coefficients.h"
 
 QUIL_DEFINE_COEFFICIENTS(TetherIA_AeroHandOpen, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
@@ -30,17 +30,17 @@ using namespace quil;
 // Differences from the RY_H15: the thumb base keeps its bend in every band, the thumb tip is a
 // blend of 63% of its own bend with the base (scaled by the double 0.9), and the little finger
 // is amplified by 1.1 down to -100 instead of reduced to 0.95 down to -84.
-constexpr ruiyan_chain::ChainVariant kChain{
-    ruiyan_chain::ThumbBaseBands::shallow_only,
-    ruiyan_chain::ThumbTipBlend{0.6302521008403361, 1.0, 0.9},
-    ruiyan_chain::ThumbSpreadGains{0.3, 0.35},
+constexpr blended_thumb_chain::ChainVariant kChain{
+    blended_thumb_chain::ThumbBaseBands::shallow_only,
+    blended_thumb_chain::ThumbTipBlend{0.6302521008403361, 1.0, 0.9},
+    blended_thumb_chain::ThumbSpreadGains{0.3, 0.35},
     1.1,     // little finger gain
     -100.0,  // and floor
 };
 
 // Only a real fist boosts the middle finger.
-constexpr ruiyan_chain::FistBounds kFist{-75.0, -65.0, -75.0, -85.0};
-constexpr ruiyan_chain::FistGains kFistGains{1.15, 0.7};
+constexpr blended_thumb_chain::FistBounds kFist{-75.0, -65.0, -75.0, -85.0};
+constexpr blended_thumb_chain::FistGains kFistGains{1.15, 0.7};
 
 constexpr ThresholdPair thumb_active_threshold{-37.0f, -75.0f};
 constexpr ThresholdPair index_active_threshold{-35.0f, -75.0f};
@@ -153,14 +153,14 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
 
 quil::TargetArray quil::hands::TetherIA_AeroHandOpen(const InputAngles& in, const MemoryRef& memory, const Coefficients& tables) {
     TargetArray out;
-    if (zero_short_emission(ruiyan_chain::run_rows(in, tables, out), out)) return out;
-    ruiyan_chain::thumb_and_fingers(out, kChain);
+    if (zero_short_emission(blended_thumb_chain::run_rows(in, tables, out), out)) return out;
+    blended_thumb_chain::thumb_and_fingers(out, kChain);
     // The thumb roll is not driven, except on a fist.
     out[slot::thumb_base] = 0;
-    if (ruiyan_chain::fist_boost(out, kFist, kFistGains)) out[slot::thumb_base] = -50;
+    if (blended_thumb_chain::fist_boost(out, kFist, kFistGains)) out[slot::thumb_base] = -50;
     if (out[slot::thumb_proximal] < -55) out[slot::thumb_proximal] = -55;
     scale_thumb(out, memory);
-    ruiyan_chain::distal_and_full_bend(out, /*lock_little=*/false);
+    blended_thumb_chain::distal_and_full_bend(out, /*lock_little=*/false);
     pinch(out, memory);
     out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);

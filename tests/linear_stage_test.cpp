@@ -3,8 +3,8 @@
 #include <cmath>
 #include <limits>
 
-#include "core/common_coefficients.h"
 #include "core/linear_stage.h"
+#include "models/shared/common_coefficients.h"
 
 namespace {
 

@@ -26,7 +26,7 @@
 #include "core/linear_stage.h"
 #include "core/slots.h"
 
-namespace quil::ruiyan_chain {
+namespace quil::blended_thumb_chain {
 
 // Clamps the readings (the firmware's own two tests, so a NaN reaches every row), runs the
 // common coefficient set and emits the limited rows. Returns the number of values emitted.
@@ -271,4 +271,4 @@ inline void distal_and_full_bend(TargetArray& out, bool lock_little) {
     }
 }
 
-}  // namespace quil::ruiyan_chain
+}  // namespace quil::blended_thumb_chain
