@@ -21,8 +21,8 @@ inline void close_spread(double& spread, double bend, double gain, double knee =
     }
 }
 
-// The middle finger has no abduction sensor of its own: its spread (out[slot::middle_spread]) is taken from the
-// index spread (out[slot::index_spread]) and the ring spread (out[slot::ring_spread]).
+// The middle finger has no abduction sensor of its own: its spread (middle_spread) is taken from the
+// index spread (index_spread) and the ring spread (ring_spread).
 inline void spread_middle_from_neighbours(TargetArray& out, double index_gain, double ring_gain) {
     out[slot::middle_spread] = index_gain * out[slot::index_spread] - ring_gain * out[slot::ring_spread];
 }

@@ -9,14 +9,14 @@
 
 namespace quil {
 
-// Thumb ready to pinch: its first joint (out[slot::thumb_proximal]) at or below [0], its tip
-// (out[slot::thumb_distal]) at or above [1].
+// Thumb ready to pinch: its first joint (thumb_proximal) at or below [0], its tip
+// (thumb_distal) at or above [1].
 inline bool thumb_active(const TargetArray& out, const ThresholdPair& thumb) {
     return out[slot::thumb_proximal] <= double(thumb.at_or_below) &&
            out[slot::thumb_distal] >= double(thumb.at_or_above);
 }
 
-// Index knuckle (out[slot::index_proximal]) inside the pinch band of the index pair.
+// Index knuckle (index_proximal) inside the pinch band of the index pair.
 inline bool index_in_band(const TargetArray& out, const ThresholdPair& index) {
     return index.within(out[slot::index_proximal]);
 }

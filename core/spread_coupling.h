@@ -1,6 +1,6 @@
-// Finger spread (abduction) against curl. The glove measures the spread of the index (out[slot::index_spread]),
-// ring (out[slot::ring_spread]) and little finger (out[slot::little_spread]); the middle finger's spread
-// (out[slot::middle_spread]) sits between its neighbours. The hands' little fingers spread less than a human one, so
+// Finger spread (abduction) against curl. The glove measures the spread of the index (index_spread),
+// ring (ring_spread) and little finger (little_spread); the middle finger's spread
+// (middle_spread) sits between its neighbours. The hands' little fingers spread less than a human one, so
 // that spread is reshaped; the ring finger never spreads past the little finger, or the two would cross; and a
 // curling finger cannot stay spread, so a fist does not splay.
 #pragma once

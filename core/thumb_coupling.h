@@ -1,5 +1,5 @@
-// Thumb couplings of the hands whose thumb rotation (out[slot::thumb_abduction]) is driven from the thumb tip
-// (out[slot::thumb_distal]), and whose second thumb joint (out[slot::thumb_rotation]) drags the first two thumb
+// Thumb couplings of the hands whose thumb rotation (thumb_abduction) is driven from the thumb tip
+// (thumb_distal), and whose second thumb joint (thumb_rotation) drags the first two thumb
 // values with it when it swings far.
 #pragma once
 
@@ -30,12 +30,12 @@ struct RotationFromTip {
     }
 };
 
-// out[slot::thumb_rotation] past `swing_floor` is held there, and then out[slot::thumb_proximal] and
-// out[slot::thumb_base] may bend no further than their own floors, so the thumb does not fold into the palm.
+// thumb_rotation past `swing_floor` is held there, and then thumb_proximal and
+// thumb_base may bend no further than their own floors, so the thumb does not fold into the palm.
 struct ThumbSwingStop {
     double swing_floor;
-    double first_floor;  // out[slot::thumb_proximal]
-    double base_floor;   // out[slot::thumb_base]
+    double first_floor;  // thumb_proximal
+    double base_floor;   // thumb_base
 
     void apply(TargetArray& out) const {
         if (out[slot::thumb_rotation] < swing_floor) {

@@ -38,7 +38,7 @@ void pinch_poses(TargetArray& out) {
         out[slot::index_distal] = -44;
         out[slot::index_proximal] = -39;
     }
-    // The index pose leaves out[slot::index_proximal] at -39, so a middle pinch can still replace it.
+    // The index pose leaves index_proximal at -39, so a middle pinch can still replace it.
     const bool middle =
         out[slot::index_proximal] > -40 && out[slot::middle_proximal] <= -35 && out[slot::little_proximal] > -40;
     if (middle) {
@@ -62,7 +62,7 @@ void pinch_poses(TargetArray& out) {
         out[slot::ring_distal] = 0;
         out[slot::ring_proximal] = -40;
     }
-    // The ring pose leaves out[slot::ring_proximal] at -40, which the little pinch accepts.
+    // The ring pose leaves ring_proximal at -40, which the little pinch accepts.
     if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -60 &&
         out[slot::little_proximal] < -40) {
         out[slot::thumb_base] = 0;

@@ -47,14 +47,14 @@ namespace {
 
 using namespace quil;
 
-// Proximal joints (out[slot::index_distal], out[slot::middle_distal], out[slot::ring_distal],
-// out[slot::little_distal]): doubled at first, flat through mid-bend, steep again towards the fist.
+// Proximal joints (index_distal, middle_distal, ring_distal,
+// little_distal): doubled at first, flat through mid-bend, steep again towards the fist.
 constexpr Curve3 kProximal{-15.0, -60.0, scale(2.0), affine(0.3, -25.5), affine(1.5, 46.5)};
-// Middle joints of the middle and little fingers (out[slot::middle_proximal], out[slot::little_proximal]).
+// Middle joints of the middle and little fingers (middle_proximal, little_proximal).
 constexpr Curve3 kMiddleJoint{-25.0, -60.0, scale(2.0), affine(0.4, -40.0), affine(1.0, -4.0)};
-// The index middle joint (out[slot::index_proximal]) has its own knees.
+// The index middle joint (index_proximal) has its own knees.
 constexpr Curve3 kIndexMiddleJoint{-30.0, -70.0, scale(2.0), affine(0.3, -51.0), affine(1.0, -2.0)};
-// The thumb swing (out[slot::thumb_rotation]).
+// The thumb swing (thumb_rotation).
 constexpr Curve3 kThumbSwing{-20.0, -40.0, scale(2.0), affine(1.0, -20.0), scale(1.5)};
 
 void shape(double& v, const Curve3& curve) {

@@ -26,7 +26,7 @@ void pinch_poses(TargetArray& out) {
         out[slot::thumb_abduction] = 5;
         out[slot::index_proximal] = -50;
     }
-    // An index pose leaves out[slot::index_proximal] at -50, which keeps the middle pinch out of the same sample.
+    // An index pose leaves index_proximal at -50, which keeps the middle pinch out of the same sample.
     if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] <= -35 && out[slot::little_proximal] > -40) {
         out[slot::thumb_distal] = -39;
         out[slot::thumb_abduction] = -16;

@@ -1,7 +1,7 @@
 // LINKERBOT LinkerHand L10: the thumb and finger coupling chain with this hand's own coefficients,
 // a gain on the middle knuckle and the thumb swing, the distal slots following at 0.8, a
 // full-bend lock on every finger, and a pinch assist that closes the thumb onto any one of the
-// four fingers. Every pinch straightens the thumb's first joint (out[slot::thumb_proximal] = 0): on this hand the
+// four fingers. Every pinch straightens the thumb's first joint (thumb_proximal = 0): on this hand the
 // pads meet with that joint open.
 //
 // The firmware tests the reading bounds itself, so a NaN reading is not caught: it saturates

@@ -43,12 +43,11 @@ void scale_and_floor(double& v, double gain, double floor) {
 }
 
 // Pinch gates: [0] the slot must be at or below, [1] at or above.
-constexpr ThresholdPair thumb_active_threshold{
-    -40.0f, -75.0f};  // out[slot::thumb_proximal] below, out[slot::thumb_distal] above
-constexpr ThresholdPair index_active_threshold{-40.0f, -75.0f};  // the index band on out[slot::index_proximal]
+constexpr ThresholdPair thumb_active_threshold{-40.0f, -75.0f};  // thumb_proximal below, thumb_distal above
+constexpr ThresholdPair index_active_threshold{-40.0f, -75.0f};  // the index band on index_proximal
 
-// In a pinch the thumb tip is scaled by a gain but floored at the pinch depth, and out[slot::thumb_rotation] and
-// out[slot::thumb_abduction] go to the pinching finger's fixed targets. The finger is held no deeper than its own
+// In a pinch the thumb tip is scaled by a gain but floored at the pinch depth, and thumb_rotation and
+// thumb_abduction go to the pinching finger's fixed targets. The finger is held no deeper than its own
 // pinch depth.
 void pinch_assist(TargetArray& out) {
     if (!thumb_active(out, thumb_active_threshold)) return;
@@ -76,7 +75,7 @@ void pinch_assist(TargetArray& out) {
         out[slot::ring_proximal] = pinch_floor(out[slot::ring_proximal] * double(1.2f), -41);
     }
 
-    // The little finger pinch turns the thumb the other way (out[slot::thumb_abduction] comes out positive).
+    // The little finger pinch turns the thumb the other way (thumb_abduction comes out positive).
     if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] > -40 && out[slot::ring_proximal] > -30 &&
         out[slot::little_proximal] < -35) {
         out[slot::thumb_distal] = pinch_floor(out[slot::thumb_distal] * double(1.2f), -57);

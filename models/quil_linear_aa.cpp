@@ -80,7 +80,7 @@ quil::TargetArray quil::hands::QUIL_linear_AA(const InputAngles& in, const Memor
     if (out[slot::thumb_proximal] > 0) out[slot::thumb_proximal] = 0;
     if (out[slot::thumb_proximal] < -60) out[slot::thumb_proximal] = -60;
     if (out[slot::thumb_distal] < -65) out[slot::thumb_distal] = -65;
-    // The old clamp of the second thumb value stays ahead of its recomputation from out[slot::thumb_distal],
+    // The old clamp of the second thumb value stays ahead of its recomputation from thumb_distal,
     // which overrides it; the firmware has always run both.
     if (out[slot::thumb_rotation] < -50) out[slot::thumb_rotation] = -50;
     if (out[slot::thumb_rotation] > 15) out[slot::thumb_rotation] = 15;

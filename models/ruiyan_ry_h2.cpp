@@ -20,25 +20,25 @@ namespace {
 
 using namespace quil;
 
-// Band gains by finger and slot (models/shared/banded_finger_chain.h). Thumb slot 1 is lifted by 4
+// Band gains by joint (models/shared/banded_finger_chain.h). The thumb's proximal joint is lifted by 4
 // rather than scaled when deep and may bend to -90; the proximal curls are only scaled, at 0.9
 // (the little finger at 0.95).
 constexpr banded_finger_chain::Bands kBands{
     {
-        Curve3{-20, -60, scale(0.5), affine(0.4, -5), scale(1)},   // thumb 0
-        Curve3{-20, -40, scale(1.2), scale(0.6), affine(1, 4)},    // thumb 1
-        -90,                                                        // and its floor
-        Curve3{-20, -50, scale(0.8), scale(0.8), scale(1)},        // thumb 2
-        Curve3{-15, -30, scale(0.4), scale(0.35), scale(0.3)},     // thumb 20
+        Curve3{-20, -60, scale(0.5), affine(0.4, -5), scale(1)},  // thumb_base
+        Curve3{-20, -40, scale(1.2), scale(0.6), affine(1, 4)},   // thumb_proximal
+        -90,                                                      // and its floor
+        Curve3{-20, -50, scale(0.8), scale(0.8), scale(1)},       // thumb_distal
+        Curve3{-15, -30, scale(0.4), scale(0.35), scale(0.3)},    // thumb_rotation
     },
     {
-        banded_finger_chain::uniform(0.9),                          // index 6
-        Curve3{-10, -60, scale(1), affine(0.5, -10), scale(1.1)},  // index 5
-        Curve3{-15, -70, scale(1.15), scale(0.8), scale(1)},       // middle 9
-        banded_finger_chain::uniform(0.9),                          // middle 10
-        Curve3{-15, -70, scale(1.25), scale(0.9), scale(1)},       // ring 13
-        banded_finger_chain::uniform(0.9),                          // ring 14
-        banded_finger_chain::uniform(0.95),                         // little 18
+        banded_finger_chain::uniform(0.9),                         // index_proximal
+        Curve3{-10, -60, scale(1), affine(0.5, -10), scale(1.1)},  // index_distal
+        Curve3{-15, -70, scale(1.15), scale(0.8), scale(1)},       // middle_distal
+        banded_finger_chain::uniform(0.9),                         // middle_proximal
+        Curve3{-15, -70, scale(1.25), scale(0.9), scale(1)},       // ring_distal
+        banded_finger_chain::uniform(0.9),                         // ring_proximal
+        banded_finger_chain::uniform(0.95),                        // little_proximal
     },
 };
 
@@ -59,8 +59,8 @@ void joint_chain(TargetArray& out) {
 }
 
 // With the thumb reaching (slot 1 at or below -40, slot 2 not below -75), the bending finger
-// picks the pose. An index pose leaves out[slot::index_proximal] at -43, which shuts out the others;
-// out[slot::ring_proximal] at exactly -30 is neither a ring nor a little pinch.
+// picks the pose. An index pose leaves index_proximal at -43, which shuts out the others;
+// ring_proximal at exactly -30 is neither a ring nor a little pinch.
 void pinch_poses(TargetArray& out) {
     if (!(out[slot::thumb_proximal] <= -40 && out[slot::thumb_distal] >= -75)) return;
     if (out[slot::index_proximal] <= -35 && out[slot::index_proximal] >= -70) {

@@ -21,8 +21,8 @@ namespace {
 
 using namespace quil;
 
-// The hand's thumb and four fingers at a pinch: the thumb pose (out[slot::thumb_base], out[slot::thumb_proximal],
-// out[slot::thumb_distal], out[slot::thumb_rotation], out[slot::thumb_abduction]) and three slots of the pinching
+// The hand's thumb and four fingers at a pinch: the thumb pose (thumb_base, thumb_proximal,
+// thumb_distal, thumb_rotation, thumb_abduction) and three slots of the pinching
 // finger.
 struct PinchPose {
     double roll, base, tip, spread, rotation;
@@ -41,13 +41,13 @@ void apply(TargetArray& out, const PinchPose& p) {
 
 // Proximal curls scaled (index, middle and ring at 0.9, little at 0.95), middle joints in bands.
 constexpr banded_finger_chain::FingerBands kFingers{
-    banded_finger_chain::uniform(0.9),                          // index 6
-    Curve3{-10, -60, scale(1), affine(0.5, -10), scale(1.1)},  // index 5
-    Curve3{-15, -70, scale(1.25), scale(0.9), scale(1)},       // middle 9
-    banded_finger_chain::uniform(0.9),                          // middle 10
-    Curve3{-15, -70, scale(1.25), scale(0.9), scale(1)},       // ring 13
-    banded_finger_chain::uniform(0.9),                          // ring 14
-    banded_finger_chain::uniform(0.95),                         // little 18
+    banded_finger_chain::uniform(0.9),                         // index_proximal
+    Curve3{-10, -60, scale(1), affine(0.5, -10), scale(1.1)},  // index_distal
+    Curve3{-15, -70, scale(1.25), scale(0.9), scale(1)},       // middle_distal
+    banded_finger_chain::uniform(0.9),                         // middle_proximal
+    Curve3{-15, -70, scale(1.25), scale(0.9), scale(1)},       // ring_distal
+    banded_finger_chain::uniform(0.9),                         // ring_proximal
+    banded_finger_chain::uniform(0.95),                        // little_proximal
 };
 
 constexpr PinchPose kIndexPinch{0, -26, 15, -45, -41, slot::index_tip, {-77, -38, -61}};

@@ -1,13 +1,14 @@
-// The joint chain of the hands whose curls are scaled in bands (the AgiBot O12, the LeadShine
-// DH116, which was derived from it, and the RUIYAN RY_H2 with its own bands; the TalentRobot Pro
-// shares the spreads and the finger bands): the rules that turn the emitted rows into joint
-// targets, up to the hand's own pinch poses.
+// The joint chain of the hands whose finger curls are scaled in bands: the AgiBot O12, the
+// LeadShine DH116, which was derived from it, and the RUIYAN RY_H2 with bands of its own; the
+// TalentRobot Pro shares the spreads and the finger bands. It turns the emitted rows into joint
+// targets, up to each hand's own pinch poses.
 //
-// The thumb rotation is coupled to thumb slot 2: a straight thumb pulls the rotation in, a bent
-// one lets it go by a hand-specific amount (the RY_H2 runs a rotation rule of its own before
-// the bands). Each curl is scaled in three bands, so that light
-// bends show and deep bends do not saturate early. The spreads close with the curls and the
-// distal joints follow at 0.8.
+// The thumb rotation (the slot thumb_abduction) is coupled to the thumb tip (thumb_distal): a
+// straight thumb pulls the rotation in, a bent one lets it go by a hand-specific amount (the
+// RY_H2 runs a rotation rule of its own before the bands). Each curl is scaled in three bands,
+// so that light bends show and deep bends do not saturate early. The spreads close with the
+// curls, the finger tips follow their distal joints at 0.8, and a finger bent past its lock
+// depth closes fully.
 #pragma once
 
 #include "core/curves.h"
@@ -24,18 +25,15 @@ constexpr SpreadCoupling kSpread{30, 20, 30, 1.5, 3.5, 0.15, 0.15, 0.25, 0.24, 0
 // One gain in every band: the curve of a joint that is scaled, not banded.
 constexpr Curve3 uniform(double gain) { return Curve3{0, 0, scale(gain), scale(gain), scale(gain)}; }
 
-// A hand's band gains, named after the finger and the slot they shape. The thumb's joints are
-// slots 0, 1 and 2 with its rotation in 3 and its second rotation value in 20; each finger has
-// its curls in the two slots before its spread (index 5 and 6, middle 9 and 10, ring 13 and 14,
-// little 17 and 18).
+// A hand's band gains, named after the joint they shape.
 struct ThumbBands {
-    Curve3 thumb0, thumb1;
-    double thumb1_floor;  // thumb slot 1 is kept within [thumb1_floor, 0]
-    Curve3 thumb2, thumb20;
+    Curve3 base, proximal;
+    double proximal_floor;  // thumb_proximal is kept within [proximal_floor, 0]
+    Curve3 distal, rotation;
 };
 
 struct FingerBands {
-    Curve3 index6, index5, middle9, middle10, ring13, ring14, little18;
+    Curve3 index_proximal, index_distal, middle_distal, middle_proximal, ring_distal, ring_proximal, little_proximal;
 };
 
 struct Bands {
@@ -67,8 +65,8 @@ inline void floor_at(TargetArray& out, int slot, double limit) {
     if (out[slot] < limit) out[slot] = limit;
 }
 
-// The O12's thumb rotation: coupled to thumb slot 2, a straight thumb pulls the rotation in, a
-// bent one lets it go by `rotation_give` of its bend beyond -10.
+// The O12's thumb rotation (thumb_abduction), coupled to the thumb tip (thumb_distal): a straight
+// tip pulls the rotation in, a bent one lets it go by `rotation_give` of its bend beyond -10.
 inline void rotation_from_tip(TargetArray& out, double rotation_give) {
     if (out[slot::thumb_distal] > -10) {
         out[slot::thumb_abduction] = out[slot::thumb_abduction] - (out[slot::thumb_distal] + 10) * 2.5;
@@ -80,16 +78,16 @@ inline void rotation_from_tip(TargetArray& out, double rotation_give) {
     }
 }
 
-// The thumb's joints in their bands; the thumb spread stops at -45.
+// The thumb's joints in their bands; the thumb spread (thumb_rotation) stops at -45.
 inline void banded_thumb(TargetArray& out, const ThumbBands& b) {
-    out[slot::thumb_base] = b.thumb0(out[slot::thumb_base]);
+    out[slot::thumb_base] = b.base(out[slot::thumb_base]);
     floor_at(out, slot::thumb_base, -90);
-    out[slot::thumb_proximal] = b.thumb1(out[slot::thumb_proximal]);
+    out[slot::thumb_proximal] = b.proximal(out[slot::thumb_proximal]);
     if (out[slot::thumb_proximal] > 0) out[slot::thumb_proximal] = 0;
-    floor_at(out, slot::thumb_proximal, b.thumb1_floor);
-    out[slot::thumb_distal] = b.thumb2(out[slot::thumb_distal]);
+    floor_at(out, slot::thumb_proximal, b.proximal_floor);
+    out[slot::thumb_distal] = b.distal(out[slot::thumb_distal]);
     floor_at(out, slot::thumb_distal, -75);
-    out[slot::thumb_rotation] = b.thumb20(out[slot::thumb_rotation]);
+    out[slot::thumb_rotation] = b.rotation(out[slot::thumb_rotation]);
     // A fully rotated thumb would collide with the palm unless its joints stay clear.
     if (out[slot::thumb_rotation] < -45) {
         out[slot::thumb_rotation] = -45;
@@ -101,19 +99,19 @@ inline void banded_thumb(TargetArray& out, const ThumbBands& b) {
 // The finger curls in their bands, the little finger's spread closed by its deep curl, distal
 // joints at 0.8 and the full-bend locks.
 inline void banded_fingers(TargetArray& out, const FingerBands& b) {
-    out[slot::index_proximal] = b.index6(out[slot::index_proximal]);
+    out[slot::index_proximal] = b.index_proximal(out[slot::index_proximal]);
     floor_at(out, slot::index_proximal, -100);
-    out[slot::index_distal] = b.index5(out[slot::index_distal]);
+    out[slot::index_distal] = b.index_distal(out[slot::index_distal]);
     floor_at(out, slot::index_distal, -100);
-    out[slot::middle_distal] = b.middle9(out[slot::middle_distal]);
+    out[slot::middle_distal] = b.middle_distal(out[slot::middle_distal]);
     floor_at(out, slot::middle_distal, -100);
-    out[slot::middle_proximal] = b.middle10(out[slot::middle_proximal]);
+    out[slot::middle_proximal] = b.middle_proximal(out[slot::middle_proximal]);
     floor_at(out, slot::middle_proximal, -100);
-    out[slot::ring_distal] = b.ring13(out[slot::ring_distal]);
+    out[slot::ring_distal] = b.ring_distal(out[slot::ring_distal]);
     floor_at(out, slot::ring_distal, -100);
-    out[slot::ring_proximal] = b.ring14(out[slot::ring_proximal]);
+    out[slot::ring_proximal] = b.ring_proximal(out[slot::ring_proximal]);
     floor_at(out, slot::ring_proximal, -100);
-    out[slot::little_proximal] = b.little18(out[slot::little_proximal]);
+    out[slot::little_proximal] = b.little_proximal(out[slot::little_proximal]);
     floor_at(out, slot::little_proximal, -84);
     // The little finger's spread closes further as it curls deep.
     if (out[slot::little_proximal] < -5) {

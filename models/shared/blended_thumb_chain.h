@@ -1,23 +1,27 @@
-// The joint chain of the RUIYAN RY_H15 hand, which the CHOHO hand, the TetherIA AeroHandOpen,
-// the INSPIRE ROBOTS RH56F1_E4 and the AgiBot OmniHand O10 share with a few changes of their
-// own: the rows with the RY_H15's limits, then a fixed sequence of thumb bands, finger gains,
-// neighbour couplings and full-bend locks. A hand runs the pieces below in this order and adds
-// its own rules between them:
+// The joint chain of the hands whose thumb tip is rebuilt as a blend of its own bend and the
+// thumb base's, and whose bent middle finger drags its neighbours along: the RUIYAN RY_H15, and
+// with a few changes of their own the CHOHO hand, the TetherIA AeroHandOpen, the INSPIRE ROBOTS
+// RH56F1_E4 and the AgiBot OmniHand O10. A hand runs the pieces below in this order and adds its
+// own rules between them:
 //
 //   run_rows               readings -> 23 limited row values (a NaN reading passes the clamp)
 //   thumb_and_fingers      the five steps below, for hands that add nothing between them:
-//     rotation_from_tip      first thumb-rotation estimate from the thumb tip
-//     thumb_joints           thumb roll, base and tip bands, thumb spread
-//     rotation_from_spread   the rotation recomputed from spread and tip
-//     fingers                abductions, finger gains, little-finger spread
-//     neighbour_drag         ring/little/index follow a bent middle finger, thumb relief
-//   fist_boost             deeper middle flexion and weaker thumb spread on a (possibly
-//                          every-call) fist test
-//   distal_and_full_bend   distal joints at 0.8, full-bend locks
+//     rotation_from_tip      a first estimate of the thumb rotation from the thumb tip
+//     thumb_joints           thumb roll, base and tip bands, the tip blended with the base,
+//                            the thumb spread
+//     rotation_from_spread   the rotation recomputed from the spread and the tip
+//     fingers                spreads capped and closed by their curls, finger gains, the
+//                            little finger's spread
+//     neighbour_drag         ring, little and index follow a bent middle finger; bent middle and
+//                            ring fingers leave the thumb less room to spread
+//   fist_boost             a fist bends the middle finger further and spreads the thumb less
+//                          (on some hands the test passes on every sample)
+//   distal_and_full_bend   finger tips at 0.8 of their distal joints, full-bend locks
 //
 // What the hands change is gathered in ChainVariant (how the thumb base is banded, how the
-// thumb tip is rebuilt from the base, the thumb spread's gains, the little finger's gain) and
-// in the fist's bounds and gains.
+// thumb tip is blended with the base, the thumb spread's gains, the little finger's gain) and
+// in the fist's bounds and gains. Slots go by the roles the library reports, so the thumb
+// rotation below is the slot thumb_abduction and the thumb spread the slot thumb_rotation.
 #pragma once
 
 #include <algorithm>
@@ -34,23 +38,22 @@ inline int run_rows(const InputAngles& in, const Coefficients& k, TargetArray& o
     return run_linear_stage<kStandardRows>(in, Clamp::passes_nan, k, out);
 }
 
-// How a hand bands its thumb base (out[slot::thumb_proximal]) before limiting it to [-90, 0].
+// How a hand bands its thumb base (thumb_proximal) before limiting it to [-90, 0].
 enum class ThumbBaseBands {
-    amplified,     // above -20 x1.2; above -60 0.6 v - 20; deeper + 4
-    plain_shallow, // above -20 unchanged; above -60 0.6 v - 20; deeper + 4
-    shallow_only,  // left as it is in every band
+    amplified,      // above -20 x1.2; above -60 0.6 v - 20; deeper + 4
+    plain_shallow,  // above -20 unchanged; above -60 0.6 v - 20; deeper + 4
+    shallow_only,   // left as it is in every band
 };
 
-// The thumb tip (out[slot::thumb_distal]) is rebuilt from itself and the thumb base:
-//   out[slot::thumb_distal] = (out[slot::thumb_distal] * tip_weight + base_share * out[slot::thumb_proximal] * (1 -
-//   tip_weight)) * scale.
+// The thumb tip (thumb_distal) is rebuilt from itself and the thumb base (thumb_proximal):
+//   tip = (tip * tip_weight + base_share * base * (1 - tip_weight)) * scale.
 struct ThumbTipBlend {
     double tip_weight;
     double base_share;
     double scale;
 };
 
-// The thumb spread (out[slot::thumb_rotation]) keeps `near_open` of its row above -15 and `beyond` past it.
+// The thumb spread (thumb_rotation) keeps `near_open` of its row above -15 and `beyond` past it.
 struct ThumbSpreadGains {
     double near_open;
     double beyond;
@@ -60,7 +63,7 @@ struct ChainVariant {
     ThumbBaseBands thumb_base;
     ThumbTipBlend thumb_tip;
     ThumbSpreadGains thumb_spread;
-    double little_gain;   // out[slot::little_proximal] *= little_gain ...
+    double little_gain;   // little_proximal *= little_gain ...
     double little_floor;  // ... and no lower than little_floor
 };
 
@@ -224,15 +227,15 @@ inline void thumb_and_fingers(TargetArray& out, const ChainVariant& v) {
 // The fist test: the proximal joints of all four fingers at or below (that is, bent at least
 // as far as) these bounds. Positive bounds make it pass on every sample.
 struct FistBounds {
-    double index, middle, ring, little;  // out[slot::index_proximal], out[slot::middle_proximal],
-                                         // out[slot::ring_proximal], out[slot::little_proximal]
+    double index, middle, ring, little;  // index_proximal, middle_proximal,
+                                         // ring_proximal, little_proximal
 };
 
 // What a fist does: the middle finger bends `middle` times further (about 15%) and the thumb
 // spreads `spread` times as far (about 30% less).
 struct FistGains {
-    double middle;  // out[slot::middle_proximal]
-    double spread;  // out[slot::thumb_rotation]
+    double middle;  // middle_proximal
+    double spread;  // thumb_rotation
 };
 
 // Returns whether the fist test passed.

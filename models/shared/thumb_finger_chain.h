@@ -15,16 +15,16 @@ namespace chain_detail {
 constexpr Piece unchanged = scale(1.0);  // v * 1.0 is v to the bit, zeros and NaN included
 }  // namespace chain_detail
 
-// How much of its row the thumb swing (out[slot::thumb_rotation]) keeps: `near_open` while it is above -15,
+// How much of its row the thumb swing (thumb_rotation) keeps: `near_open` while it is above -15,
 // `beyond` once it swings further.
 struct ThumbSwingGains {
     double near_open;
     double beyond;
 };
 
-// Thumb values out[0..3] and out[slot::thumb_rotation]: base and first joint reshaped past their knees, the tip
+// Thumb values out[0..3] and thumb_rotation: base and first joint reshaped past their knees, the tip
 // stopped short of the palm, the swing scaled and stopped at -45 (holding the first joint and the
-// base back with it), and the rotation out[slot::thumb_abduction] recomputed from swing and tip.
+// base back with it), and the rotation thumb_abduction recomputed from swing and tip.
 inline void couple_thumb(TargetArray& out, ThumbSwingGains swing) {
     using chain_detail::unchanged;
     // The tip nudges the rotation first. The recomputation at the end overrides it; the firmware
@@ -102,7 +102,7 @@ inline void deepen_fist(TargetArray& out) {
         out[slot::index_proximal] = 1.5 * out[slot::index_proximal] < -81 ? -81 : 1.5 * out[slot::index_proximal];
 }
 
-// While the index is not fully bent (out[slot::index_proximal] above `index_gate`), each of the middle and ring
+// While the index is not fully bent (index_proximal above `index_gate`), each of the middle and ring
 // fingers bent past -70 takes `step` off the thumb swing, so the thumb tucks in less over a fist.
 inline void ease_thumb_swing(TargetArray& out, double index_gate, double step) {
     if (out[slot::index_proximal] > index_gate) {

@@ -12,13 +12,13 @@
 
 namespace quil {
 
-// The thumb tip (out[slot::thumb_distal]) and how it drags the thumb base joints (out[slot::thumb_base],
-// out[slot::thumb_proximal]).
+// The thumb tip (thumb_distal) and how it drags the thumb base joints (thumb_base,
+// thumb_proximal).
 struct ThumbTipLinkage {
     Curve3 curve;
-    double floor;     // end stop of the tip
-    double knee;      // a tip bent below it straightens the base joints
-    double gain;      // base joint = base joint - tip * gain - offset
+    double floor;  // end stop of the tip
+    double knee;   // a tip bent below it straightens the base joints
+    double gain;   // base joint = base joint - tip * gain - offset
     double offset;
 };
 
@@ -31,7 +31,7 @@ inline void bend_thumb_tip(TargetArray& out, const ThumbTipLinkage& t) {
     }
 }
 
-// The thumb's first joint (out[slot::thumb_proximal]), the index knuckle (out[slot::index_distal]) and the four
+// The thumb's first joint (thumb_proximal), the index knuckle (index_distal) and the four
 // fingers' proximal (6, 10, 14, 18) and distal (9, 13, 17) slots, each through its curve and floored.
 struct JointLinkages {
     Curve3 thumb_base;
