@@ -1,4 +1,8 @@
-// The coefficient set shared by eleven outside hands. Each of those hands keeps its own copy in
+// The coefficient set shared by eleven outside hands (the RUIYAN RY_H15 and RY_H2, the CHOHO
+// hand, the TetherIA AeroHandOpen, the INSPIRE ROBOTS RH56F1_E4, the AgiBot O12, the LeadShine
+// DH116, the LinkerHand O6 and O7, the PaXini DexH13 and the TalentRobot Pro): the same 19 pose
+// rows from the same twelve readings, each hand shaping them with its own rules afterwards. Each of
+// those hands keeps its own copy in
 // its class tables (a host may recalibrate one hand without touching the others), initialised
 // from these lists:
 //   double Hand::weight[228] = QUIL_COMMON_WEIGHT;

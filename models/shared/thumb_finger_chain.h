@@ -1,7 +1,8 @@
-// The coupling chain of the hands whose thumb rotation is recomputed from the thumb's swing and
-// tip, whose fingers each have a spread joint closed by their own bend, and whose fist deepens
-// once the outer fingers close. The hands run these steps in this order and differ only in the
-// constants passed in; what comes after the chain (locks, easing, pinch assist) is each hand's own.
+// The coupling chain of the hands whose thumb rotation (the slot thumb_abduction) is recomputed
+// from the thumb's swing (thumb_rotation) and tip, whose fingers each have a spread joint closed
+// by their own bend, and whose fist deepens once the outer fingers close: the BrainCo Revo2 and
+// the LinkerHand L10. The hands run these steps in this order and differ only in the constants
+// passed in; what comes after the chain (locks, easing, pinch assist) is each hand's own.
 #pragma once
 
 #include "core/curves.h"
@@ -22,9 +23,9 @@ struct ThumbSwingGains {
     double beyond;
 };
 
-// Thumb values out[0..3] and thumb_rotation: base and first joint reshaped past their knees, the tip
-// stopped short of the palm, the swing scaled and stopped at -45 (holding the first joint and the
-// base back with it), and the rotation thumb_abduction recomputed from swing and tip.
+// The thumb: base and first joint reshaped past their knees, the tip stopped short of the palm,
+// the swing scaled and stopped at -45 (holding the first joint and the base back with it), and
+// the rotation recomputed from swing and tip.
 inline void couple_thumb(TargetArray& out, ThumbSwingGains swing) {
     using chain_detail::unchanged;
     // The tip nudges the rotation first. The recomputation at the end overrides it; the firmware
@@ -55,7 +56,7 @@ inline void couple_thumb(TargetArray& out, ThumbSwingGains swing) {
     out[slot::thumb_abduction] = out[slot::thumb_rotation] * (-0.5) - 0.15 * out[slot::thumb_distal];
 }
 
-// Finger slots out[5..19]: each spread joint capped and closed by its finger's bend, the
+// The fingers, index_distal to little_spread: each spread joint capped and closed by its finger's bend, the
 // knuckles scaled, the second slots of the doubly driven fingers reshaped past their knees, the
 // middle spread taken from its neighbours, and the little finger's spread closed by its knuckle.
 inline void couple_fingers(TargetArray& out) {

@@ -1,4 +1,5 @@
-// Finger spreads on hands whose thumb rotation turns out of the little finger's way: the three
+// Finger spreads on hands whose thumb rotation turns out of the little finger's way (the INSPIRE
+// ROBOTS RH56DFX, the OYMotion ROH-A001 and the ROBOTERA XHAND1): the three
 // measured spreads are capped, a wide little-finger spread turns the thumb toward the palm
 // before the little spread is reshaped, each spread closes as its finger curls, and the middle
 // finger's spread is taken from its neighbours.

@@ -1,8 +1,8 @@
-// Wide-range linkages: on hands whose thumb and finger linkages travel much further than the
-// glove's joints, the thumb tip, the thumb's first joint, the index knuckle and the finger joints
-// each pass through a three-piece gain curve and are floored at their end stops. A thumb tip
-// bent past its knee straightens the two thumb base joints a little, or the tip would push the
-// thumb into the palm.
+// Wide-range linkages, as the PICO PXRHand and the ROBOTERA XHAND1 have them: their thumb and
+// finger linkages travel much further than the glove's joints, so the thumb tip, the thumb's
+// first joint, the index knuckle and the finger joints each pass through a three-piece gain
+// curve and are floored at their end stops. A thumb tip bent past its knee straightens the two
+// thumb base joints a little, or the tip would push the thumb into the palm.
 #pragma once
 
 #include "core/curves.h"
@@ -32,7 +32,8 @@ inline void bend_thumb_tip(TargetArray& out, const ThumbTipLinkage& t) {
 }
 
 // The thumb's first joint (thumb_proximal), the index knuckle (index_distal) and the four
-// fingers' proximal (6, 10, 14, 18) and distal (9, 13, 17) slots, each through its curve and floored.
+// fingers' proximal joints and the middle, ring and little distal joints, each through its
+// curve and floored.
 struct JointLinkages {
     Curve3 thumb_base;
     double thumb_base_floor;

@@ -1,6 +1,7 @@
 // The gain curves of the wide-travel linkage that several hands share (PaXini DexH13, Proception,
-// LinkerHand L20, PICO and XHAND1): each joint's motor covers more travel than the glove joint it
-// follows, so light bends are amplified and deep bends compressed or offset, in three pieces.
+// LinkerHand L20, PICO PXRHand and XHAND1): each joint's motor covers more travel than the glove
+// joint it follows, so light bends are amplified and deep bends compressed or offset, in three
+// pieces. The PICO and the XHAND1 run them through the chain in models/shared/wide_linkage.h.
 #pragma once
 
 #include "core/curves.h"
