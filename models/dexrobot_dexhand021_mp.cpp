@@ -237,8 +237,7 @@ quil::TargetArray quil::hands::DexRobot_DexHand021_MP(const InputAngles& in, con
     shape(out[slot::little_distal], kProximal);
     shape(out[slot::little_proximal], kMiddleJoint);
     follow_distal(out, 0.8);
-    for (int finger : {slot::index_tip, slot::middle_tip, slot::ring_tip, slot::little_tip})
-        lock_full_bend(out, finger + 1, finger + 2, -80);
+    lock_full_bends(out, -80, -80);
 
     apply_pinch_poses(out);
 

@@ -19,12 +19,12 @@ const MeasuredSlot* measured_slots(const char* name) {
 }
 
 const SlotRole& slot_role(const HandModel& model, int slot) {
-    if (slot == 23 && model.slots->gesture_code) return kGestureCodeRole;
+    if (slot == slot::terminator && model.slots->gesture_code) return kGestureCodeRole;
     return kSlotRoles[static_cast<std::size_t>(slot)];
 }
 
 SlotKind slot_kind(const HandModel& model, int slot, const MeasuredSlot* measured) {
-    if (slot == 23) return model.slots->gesture_code ? SlotKind::gesture_code : SlotKind::terminator;
+    if (slot == slot::terminator) return model.slots->gesture_code ? SlotKind::gesture_code : SlotKind::terminator;
     if (std::string_view(kSlotRoles[static_cast<std::size_t>(slot)].name) == "unused") return SlotKind::unused;
     if (model.slots->follower(slot)) return SlotKind::follower;
     if (measured && (measured[slot].flags & kMeasuredConstant)) return SlotKind::fixed;
