@@ -50,7 +50,7 @@ using namespace quil;
 constexpr ThresholdPair kIndexActive{-40.0f, -75.0f};
 constexpr ThresholdPair kThumbActive{-40.0f, -70.0f};
 
-// A held pinch is let go only when the finger (first bound) or thumb slot 2 (second bound) opens
+// A held pinch is let go only when the finger (first bound) or the thumb tip (second bound) opens
 // past these.
 constexpr double kIndexRelease[2] = {-28.69999885559082, -35.70000076293945};
 constexpr double kMiddleRelease[2] = {-30.799999237060547, -37.099998474121094};
@@ -78,7 +78,7 @@ constexpr blended_thumb_chain::FistGains kFistGains{double(1.15f), double(0.7f)}
 // -100, and the middle finger locks at -90 like the index and ring.
 void joint_chain(TargetArray& out) {
     blended_thumb_chain::rotation_from_tip(out);
-    // The rotation also leans on thumb slots 1 and 2 directly.
+    // The rotation also leans on the thumb's proximal joint and tip directly.
     out[slot::thumb_abduction] = out[slot::thumb_abduction] * 0.3 - double(0.2f) * out[slot::thumb_distal] -
                                  double(0.3f) * out[slot::thumb_proximal];
     if (out[slot::thumb_abduction] < 0) out[slot::thumb_abduction] = 0;

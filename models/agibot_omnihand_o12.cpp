@@ -23,7 +23,7 @@ using namespace quil;
 constexpr ThresholdPair kThumbActive{-40.0f, -70.0f};
 constexpr ThresholdPair kIndexActive{-35.0f, -70.0f};
 
-// A thumb at or beyond its first bound on slot 1, with slot 2 not past its second bound, is
+// A thumb at or beyond its first bound on thumb_proximal, with thumb_distal not past its second bound, is
 // reaching for a finger; the bending finger decides which pinch pose is taken. A later pose
 // overwrites an earlier one in the same sample.
 void pinch_poses(TargetArray& out) {

@@ -87,7 +87,7 @@ quil::TargetArray quil::hands::BrainCo_Revo1(const InputAngles& in, const Memory
 
     out[slot::thumb_proximal] = kThumbBase(out[slot::thumb_proximal]);
     if (out[slot::thumb_proximal] < -27) out[slot::thumb_proximal] = -27;
-    // The thumb tip is driven from the opposition row (slot 20). Whether the tip is still near
+    // The thumb tip is driven from the opposition row (thumb_rotation). Whether the tip is still near
     // open is judged on the tip's own row; below that the opposition row picks the piece.
     const double opposition = out[slot::thumb_rotation];
     if (out[slot::thumb_distal] > -20)

@@ -18,7 +18,7 @@ namespace {
 
 using namespace quil;
 
-// The DH116's pinch window is wider than the O12's: a thumb at -30 on slot 1 already reaches.
+// The DH116's pinch window is wider than the O12's: a thumb at -30 on thumb_proximal already reaches.
 void pinch_poses(TargetArray& out) {
     if (!(out[slot::thumb_proximal] <= -30 && out[slot::thumb_distal] >= -80)) return;
     if (out[slot::index_proximal] <= -30 && out[slot::index_proximal] >= -80) {

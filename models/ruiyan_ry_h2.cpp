@@ -1,4 +1,4 @@
-// RUIYAN RY_H2: the common pose with the thumb rotation coupled to thumb slot 2 in both
+// RUIYAN RY_H2: the common pose with the thumb rotation coupled to the thumb tip in both
 // directions, the proximal finger curls taken at 0.9 and the middle ones in bands, and four
 // pinch poses that set only the thumb's slots 2 and 3 and the bending finger, leaving the rest
 // to the glove.
@@ -43,7 +43,7 @@ constexpr banded_finger_chain::Bands kBands{
 };
 
 void joint_chain(TargetArray& out) {
-    // The rotation follows thumb slot 2 both ways; at exactly -10 the lower branch still
+    // The rotation follows the thumb tip both ways; at exactly -10 the lower branch still
     // rescales it.
     if (out[slot::thumb_distal] > -10) {
         out[slot::thumb_abduction] = out[slot::thumb_abduction] - (out[slot::thumb_distal] + 10) * 2.3;
@@ -58,7 +58,7 @@ void joint_chain(TargetArray& out) {
     banded_finger_chain::banded_joints(out, kBands);
 }
 
-// With the thumb reaching (slot 1 at or below -40, slot 2 not below -75), the bending finger
+// With the thumb reaching (thumb_proximal at or below -40, thumb_distal not below -75), the bending finger
 // picks the pose. An index pose leaves index_proximal at -43, which shuts out the others;
 // ring_proximal at exactly -30 is neither a ring nor a little pinch.
 void pinch_poses(TargetArray& out) {
