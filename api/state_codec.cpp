@@ -43,7 +43,7 @@ constexpr std::size_t kStageOutputSize = 48;
 
 constexpr std::size_t stage_state_size(std::size_t outputs) { return kStageOutputsAt + kStageOutputSize * outputs + 4; }
 
-#define QUIL_MODEL(hand, version, buffer, keeps_state) \
+#define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) \
     static_assert(sizeof(#hand) <= kNameField, "a hand name must fit the state's name field");
 #include "models/hand_list.h"
 #undef QUIL_MODEL

@@ -57,7 +57,7 @@ void per_sample(benchmark::State& state) {
 }
 
 const ExportFn kExports[] = {
-#define QUIL_MODEL(hand, version, buffer, keeps_state) &hand##_GetDataValue,
+#define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) &hand##_GetDataValue,
 #include "models/hand_list.h"
 #undef QUIL_MODEL
 };

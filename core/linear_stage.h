@@ -226,10 +226,4 @@ inline void flip_signs(TargetArray& out, std::initializer_list<int> slots) {
 // Most hands mirror the thumb rotation (3), the index abduction (7) and the second thumb value (20).
 inline void flip_thumb_and_index(TargetArray& out) { flip_signs(out, {3, 7, 20}); }
 
-// The host-side checksum helper some hands carry: a * b * 2 - 2 in wrapping 32-bit arithmetic.
-inline int get_data1(int a, int b) {
-    const std::uint32_t r = static_cast<std::uint32_t>(a) * static_cast<std::uint32_t>(b) * 2u - 2u;
-    return static_cast<int>(static_cast<std::int32_t>(r));
-}
-
 }  // namespace quil

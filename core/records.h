@@ -4,11 +4,10 @@
 
 #include <array>
 
-#include "quil_linear/quil_linear.hpp"
-
 namespace quil {
 
-using Quil_linear::TargetArray;
+// The 24 joint targets of one sample, in the hand's slot order.
+using TargetArray = std::array<double, 24>;
 
 // The twelve glove readings x0..x11 of one sample, in argument order.
 struct InputAngles {
@@ -22,16 +21,16 @@ struct PoseVector {
     double operator[](int j) const { return p[j]; }
 };
 
-// One hand's coefficient tables: the class's exported tables (what the C export reads, and a
-// host may rewrite) or the hand's published constants (what hand handles read).
+// One hand's coefficient tables: the compatibility class's exported tables (what the C export
+// reads, and a host may rewrite) or the hand's published constants (what hand handles read).
 struct Coefficients {
     const double* weight;  // 19 x 12, row-major, in hundredths
     const double* w0;      // 19 row offsets
 };
 
-// Where a hand with memory keeps it. The pointers may name the hand class's exported statics
-// (what the C export uses, shared by every caller) or the fields of a caller-owned HandMemory
-// (what tests and tools use, one per recorded session). A hand uses only the fields it has.
+// Where a hand with memory keeps it. The pointers may name the compatibility classes' exported
+// statics (what the C export uses, shared by every caller) or the fields of a caller-owned
+// HandMemory (what hand handles, tests and tools use). A hand uses only the fields it has.
 struct MemoryRef {
     bool* fingerPinchDone;   // four latches: [0] index pinch, [1] middle pinch
     double* thumb1_ref_val;  // thumb reference values, where the hand keeps them

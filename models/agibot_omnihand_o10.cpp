@@ -5,7 +5,6 @@
 // with glove noise.
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
@@ -35,7 +34,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, 0.0, 30.0, 0.0, 1.0, 1.0, 0.0, 1.0, 1.0, 0.0, 1.0, 1.0, 0.0, 1.0, 1.0, 0.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(AgiBot_OmniHand_O10, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(AgiBot_OmniHand_O10, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -168,13 +167,3 @@ quil::TargetArray quil::hands::AgiBot_OmniHand_O10(const InputAngles& in, const 
     flip_thumb_and_index(out);
     return out;
 }
-
-// The pinch latches of the exported mapping live in the mapping itself, shared by every caller
-// for the life of the process.
-quil::TargetArray Quil_linear::AgiBot_OmniHand_O10::GetDataValue(QUIL_TWELVE_PARAMS) {
-    static bool fingerPinchDone[4] = {};
-    return quil::hands::AgiBot_OmniHand_O10(quil::make_inputs(QUIL_TWELVE_ARGS),
-                                            quil::MemoryRef{fingerPinchDone, nullptr, nullptr},
-                                            QUIL_CLASS_TABLES(AgiBot_OmniHand_O10));
-}
-QUIL_DEFINE_GET_DATA1(AgiBot_OmniHand_O10)

@@ -3,13 +3,12 @@
 // calibrated pinch pose instead of following the glove, so the pads meet squarely.
 #include "core/banded_finger_chain.h"
 #include "core/common_coefficients.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
 #include "models/hands.h"
 
-QUIL_DEFINE_COEFFICIENTS(AgiBot_OmniHand_O12, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(AgiBot_OmniHand_O12, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
 // spreads.
@@ -61,6 +60,3 @@ quil::TargetArray quil::hands::AgiBot_OmniHand_O12(const InputAngles& in, const 
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(AgiBot_OmniHand_O12)
-QUIL_DEFINE_GET_DATA1(AgiBot_OmniHand_O12)

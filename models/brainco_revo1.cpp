@@ -3,7 +3,6 @@
 // pose and a fist that closes the fingers together to the hand's end stop of -74.
 #include "core/curves.h"
 #include "core/finger_coupling.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
 
@@ -30,7 +29,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, 0.0, 30.0, 0.0, 1.0, 2.0, 0.0, 1.0, 2.0, 0.0, 0.0, 2.0, 0.0, 0.0, 2.0, 0.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(BrainCo_Revo1, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(BrainCo_Revo1, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -123,5 +122,3 @@ quil::TargetArray quil::hands::BrainCo_Revo1(const InputAngles& in, const Memory
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(BrainCo_Revo1)

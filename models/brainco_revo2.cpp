@@ -5,7 +5,6 @@
 // The firmware tests the reading bounds itself, so a NaN reading is not caught: it saturates
 // every row sum to the integer floor and the rules then work on those values.
 #include "core/full_bend_lock.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
@@ -35,7 +34,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, 0.0, 30.0, 0.0, 1.0, 2.0, 0.0, 1.0, 2.0, 0.0, 0.0, 2.0, 0.0, 0.0, 2.0, 0.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(BrainCo_Revo2, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(BrainCo_Revo2, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -114,5 +113,3 @@ quil::TargetArray quil::hands::BrainCo_Revo2(const InputAngles& in, const Memory
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(BrainCo_Revo2)

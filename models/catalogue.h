@@ -26,7 +26,7 @@ struct HandModel {
 };
 
 inline constexpr std::size_t kHandCount = 0
-#define QUIL_MODEL(hand, version, buffer, keeps_state) +1
+#define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) +1
 #include "models/hand_list.h"
 #undef QUIL_MODEL
     ;

@@ -3,7 +3,6 @@
 // middle pinches hold once they have closed fully (core/held_pinch.h); ring and little pinches
 // act only while their trigger holds.
 #include "core/common_coefficients.h"
-#include "core/hand_class.h"
 #include "core/held_pinch.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
@@ -11,11 +10,10 @@
 #include "core/ruiyan_chain.h"
 #include "models/hands.h"
 
-QUIL_DEFINE_COEFFICIENTS(CHOHO_Hand, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(CHOHO_Hand, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // Finger tips at 0.8 of their distal joints.
 const quil::SlotDeclaration quil::hands::CHOHO_Hand_slots = quil::kTipsAtEightTenths;
-bool Quil_linear::CHOHO_Hand::fingerPinchDone[4] = {};
 
 namespace {
 
@@ -109,5 +107,3 @@ quil::TargetArray quil::hands::CHOHO_Hand(const InputAngles& in, const MemoryRef
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE_WITH_MEMORY(CHOHO_Hand, (quil::MemoryRef{Quil_linear::CHOHO_Hand::fingerPinchDone, nullptr, nullptr}))

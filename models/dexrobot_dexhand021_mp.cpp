@@ -7,7 +7,6 @@
 #include "core/curves.h"
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
 
@@ -34,7 +33,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, -10.0, 30.0, 0.0, 2.0, 1.0, 0.0, 1.0, 1.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, -10.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(DexRobot_DexHand021_MP, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(DexRobot_DexHand021_MP, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -189,5 +188,3 @@ quil::TargetArray quil::hands::DexRobot_DexHand021_MP(const InputAngles& in, con
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(DexRobot_DexHand021_MP)

@@ -9,12 +9,22 @@
 
 namespace quil::hands {
 
-#define QUIL_MODEL(hand, version, buffer, keeps_state)                          \
+#define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) \
     extern const Coefficients hand##_coefficients;                              \
-    extern const SlotDeclaration hand##_slots;                                 \
+    extern const SlotDeclaration hand##_slots;                                  \
     TargetArray hand(const InputAngles& in, const MemoryRef& memory,            \
                      const Coefficients& tables = hand##_coefficients);
 #include "models/hand_list.h"
 #undef QUIL_MODEL
 
 }  // namespace quil::hands
+
+// Publishes a hand's coefficient tables, written once from the initialiser lists WEIGHT
+// (19 x 12) and W0 (19), as quil::hands::<Hand>_coefficients: constants, so a hand handle
+// answers as the hand was published whatever a host does to the compatibility class's tables.
+#define QUIL_PUBLISH_COEFFICIENTS(Hand, WEIGHT, W0)                                      \
+    namespace {                                                                          \
+    constexpr double kPublishedWeight[228] = WEIGHT;                                     \
+    constexpr double kPublishedW0[19] = W0;                                              \
+    }                                                                                    \
+    const quil::Coefficients quil::hands::Hand##_coefficients{kPublishedWeight, kPublishedW0};

@@ -3,7 +3,6 @@
 // are doubled for the hand's wider joint range, and deep bends are stretched so the fist closes.
 #include "core/finger_coupling.h"
 #include "core/curves.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/thumb_turning_spreads.h"
 #include "models/hands.h"
@@ -31,7 +30,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, -10.0, 30.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, -10.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(INSPIRE_ROBOTS_RH56DFX, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(INSPIRE_ROBOTS_RH56DFX, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -100,5 +99,3 @@ quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56DFX(const InputAngles& in, con
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(INSPIRE_ROBOTS_RH56DFX)

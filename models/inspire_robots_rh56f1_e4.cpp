@@ -3,19 +3,16 @@
 // thumb-to-index and thumb-to-middle that latch: once a pinch has closed, the hand holds it
 // until the fingers open clearly, so sensor jitter at the pinch depth does not make it flutter.
 #include "core/common_coefficients.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
 #include "core/ruiyan_chain.h"
 #include "models/hands.h"
 
-QUIL_DEFINE_COEFFICIENTS(INSPIRE_ROBOTS_RH56F1_E4, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(INSPIRE_ROBOTS_RH56F1_E4, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // Finger tips at 0.8 of their distal joints.
 const quil::SlotDeclaration quil::hands::INSPIRE_ROBOTS_RH56F1_E4_slots = quil::kTipsAtEightTenths;
-bool Quil_linear::INSPIRE_ROBOTS_RH56F1_E4::fingerPinchDone[4] = {};
-double Quil_linear::INSPIRE_ROBOTS_RH56F1_E4::thumb1_ref_val = 0.0;
 
 namespace {
 
@@ -133,5 +130,3 @@ quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56F1_E4(const InputAngles& in, c
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE_WITH_MEMORY(INSPIRE_ROBOTS_RH56F1_E4, (quil::MemoryRef{Quil_linear::INSPIRE_ROBOTS_RH56F1_E4::fingerPinchDone, &Quil_linear::INSPIRE_ROBOTS_RH56F1_E4::thumb1_ref_val, nullptr}))

@@ -3,11 +3,10 @@
 // slots 2 and 3 and the bending finger: the rest of the thumb keeps following the glove.
 #include "core/banded_finger_chain.h"
 #include "core/common_coefficients.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
 
-QUIL_DEFINE_COEFFICIENTS(LeadShine_DH116, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(LeadShine_DH116, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
 // spreads.
@@ -42,6 +41,3 @@ quil::TargetArray quil::hands::LeadShine_DH116(const InputAngles& in, const Memo
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(LeadShine_DH116)
-QUIL_DEFINE_GET_DATA1(LeadShine_DH116)

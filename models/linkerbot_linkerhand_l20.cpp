@@ -5,7 +5,6 @@
 // full fist locks every finger joint closed.
 #include "core/finger_coupling.h"
 #include "core/curves.h"
-#include "core/hand_class.h"
 #include "core/linkage_curves.h"
 #include "core/linear_stage.h"
 #include "core/spread_coupling.h"
@@ -34,7 +33,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, 0.0, 30.0, 0.0, 1.0, 2.0, 0.0, 1.0, 2.0, 0.0, 1.0, 2.0, 0.0, 1.0, 2.0, 0.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(LINKERBOT_LinkerHand_L20, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(LINKERBOT_LinkerHand_L20, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -181,5 +180,3 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L20(const InputAngles& in, c
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(LINKERBOT_LinkerHand_L20)

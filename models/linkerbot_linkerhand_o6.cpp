@@ -6,12 +6,11 @@
 #include "core/curves.h"
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/thumb_coupling.h"
 #include "models/hands.h"
 
-QUIL_DEFINE_COEFFICIENTS(LINKERBOT_LinkerHand_O6, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(LINKERBOT_LinkerHand_O6, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
 // spreads.
@@ -108,5 +107,3 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O6(const InputAngles& in, co
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(LINKERBOT_LinkerHand_O6)

@@ -7,14 +7,13 @@
 #include "core/curves.h"
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
 #include "core/thumb_coupling.h"
 #include "models/hands.h"
 
-QUIL_DEFINE_COEFFICIENTS(LINKERBOT_LinkerHand_O7, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(LINKERBOT_LinkerHand_O7, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // The finger tips keep the unshaped row, so they are joints of their own; the thumb tip follows the
 // thumb's proximal joint at 0.9.
@@ -146,5 +145,3 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O7(const InputAngles& in, co
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(LINKERBOT_LinkerHand_O7)

@@ -4,7 +4,6 @@
 // past a knee so the fist closes.
 #include "core/finger_coupling.h"
 #include "core/curves.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/thumb_turning_spreads.h"
 #include "models/hands.h"
@@ -32,7 +31,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, -10.0, 30.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, -10.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(OYMotion_ROH_A001, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(OYMotion_ROH_A001, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -121,5 +120,3 @@ quil::TargetArray quil::hands::OYMotion_ROH_A001(const InputAngles& in, const Me
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(OYMotion_ROH_A001)

@@ -7,12 +7,11 @@
 #include "core/common_coefficients.h"
 #include "core/curves.h"
 #include "core/finger_coupling.h"
-#include "core/hand_class.h"
 #include "core/linkage_curves.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
 
-QUIL_DEFINE_COEFFICIENTS(PaXini_DexH13_GEN2, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(PaXini_DexH13_GEN2, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
 // spreads.
@@ -156,5 +155,3 @@ quil::TargetArray quil::hands::PaXini_DexH13_GEN2(const InputAngles& in, const M
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(PaXini_DexH13_GEN2)

@@ -3,7 +3,6 @@
 // slot reports which of them was recognised (a gesture code) to the host.
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
-#include "core/hand_class.h"
 #include "core/linkage_curves.h"
 #include "core/linear_stage.h"
 #include "core/spread_coupling.h"
@@ -33,7 +32,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, -10.0, 30.0, 0.0, 1.0, 1.0, 0.0, 1.0, 1.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, -20.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(PICO_PXRHand, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(PICO_PXRHand, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -142,6 +141,3 @@ quil::TargetArray quil::hands::PICO_PXRHand(const InputAngles& in, const MemoryR
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(PICO_PXRHand)
-QUIL_DEFINE_GET_DATA1(PICO_PXRHand)

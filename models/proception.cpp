@@ -6,13 +6,12 @@
 #include "core/curves.h"
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
-#include "core/hand_class.h"
 #include "core/linkage_curves.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
 #include "models/quil_linear_ag_coefficients.h"
 
-QUIL_DEFINE_COEFFICIENTS(Proception, QUIL_AG_WEIGHT, QUIL_AG_W0)
+QUIL_PUBLISH_COEFFICIENTS(Proception, QUIL_AG_WEIGHT, QUIL_AG_W0)
 
 // Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
 // spreads.
@@ -133,6 +132,3 @@ quil::TargetArray quil::hands::Proception(const InputAngles& in, const MemoryRef
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(Proception)
-QUIL_DEFINE_GET_DATA1(Proception)

@@ -2,7 +2,6 @@
 // limits, the thumb's first joint pulled along by the thumb rotation, and the distal joints of
 // each finger slaved at 0.8 of the proximal ones.
 #include "core/finger_coupling.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
 
@@ -29,7 +28,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, 0.0, -15.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, -10.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(QUIL_linear_AA, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(QUIL_linear_AA, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -89,6 +88,3 @@ quil::TargetArray quil::hands::QUIL_linear_AA(const InputAngles& in, const Memor
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(QUIL_linear_AA)
-QUIL_DEFINE_GET_DATA1(QUIL_linear_AA)

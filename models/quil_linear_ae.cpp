@@ -2,7 +2,6 @@
 // (an open tip rotates the thumb in, a deeply bent one out, with a dead band between -20 and
 // -10), and a bent little finger closes the little finger's spread.
 #include "core/finger_coupling.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
 
@@ -29,7 +28,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, 0.0, 30.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, -10.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(QUIL_linear_AE, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(QUIL_linear_AE, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -113,6 +112,3 @@ quil::TargetArray quil::hands::QUIL_linear_AE(const InputAngles& in, const Memor
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(QUIL_linear_AE)
-QUIL_DEFINE_GET_DATA1(QUIL_linear_AE)

@@ -6,7 +6,6 @@
 
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
-#include "core/hand_class.h"
 #include "core/linkage_curves.h"
 #include "core/linear_stage.h"
 #include "core/thumb_turning_spreads.h"
@@ -36,7 +35,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, -10.0, 30.0, 0.0, 1.0, 1.0, 0.0, 1.0, 1.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(ROBOTERA_XHAND1, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(ROBOTERA_XHAND1, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -188,6 +187,3 @@ quil::TargetArray quil::hands::ROBOTERA_XHAND1(const InputAngles& in, const Memo
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(ROBOTERA_XHAND1)
-QUIL_DEFINE_GET_DATA1(ROBOTERA_XHAND1)

@@ -3,18 +3,16 @@
 // first time a pinch comes close it is approached gently; once it has closed fully the latch
 // holds, and later samples pull harder to keep the pads together.
 #include "core/common_coefficients.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
 #include "core/ruiyan_chain.h"
 #include "models/hands.h"
 
-QUIL_DEFINE_COEFFICIENTS(RUIYAN_RY_H15, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(RUIYAN_RY_H15, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // Finger tips at 0.8 of their distal joints.
 const quil::SlotDeclaration quil::hands::RUIYAN_RY_H15_slots = quil::kTipsAtEightTenths;
-bool Quil_linear::RUIYAN_RY_H15::fingerPinchDone[4] = {};
 
 namespace {
 
@@ -94,6 +92,3 @@ quil::TargetArray quil::hands::RUIYAN_RY_H15(const InputAngles& in, const Memory
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE_WITH_MEMORY(RUIYAN_RY_H15, (quil::MemoryRef{Quil_linear::RUIYAN_RY_H15::fingerPinchDone, nullptr, nullptr}))
-QUIL_DEFINE_GET_DATA1(RUIYAN_RY_H15)

@@ -5,11 +5,10 @@
 #include "core/banded_finger_chain.h"
 #include "core/common_coefficients.h"
 #include "core/curves.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "models/hands.h"
 
-QUIL_DEFINE_COEFFICIENTS(RUIYAN_RY_H2, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(RUIYAN_RY_H2, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
 // spreads.
@@ -89,6 +88,3 @@ quil::TargetArray quil::hands::RUIYAN_RY_H2(const InputAngles& in, const MemoryR
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(RUIYAN_RY_H2)
-QUIL_DEFINE_GET_DATA1(RUIYAN_RY_H2)

@@ -5,12 +5,11 @@
 #include "core/banded_finger_chain.h"
 #include "core/common_coefficients.h"
 #include "core/curves.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/spread_coupling.h"
 #include "models/hands.h"
 
-QUIL_DEFINE_COEFFICIENTS(TalentRobot_Pro, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(TalentRobot_Pro, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
 // spreads.
@@ -140,6 +139,3 @@ quil::TargetArray quil::hands::TalentRobot_Pro(const InputAngles& in, const Memo
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(TalentRobot_Pro)
-QUIL_DEFINE_GET_DATA1(TalentRobot_Pro)

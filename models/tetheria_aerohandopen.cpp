@@ -7,7 +7,6 @@
 #include <cmath>
 
 #include "core/common_coefficients.h"
-#include "core/hand_class.h"
 #include "core/held_pinch.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
@@ -15,13 +14,10 @@
 #include "core/ruiyan_chain.h"
 #include "models/hands.h"
 
-QUIL_DEFINE_COEFFICIENTS(TetherIA_AeroHandOpen, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(TetherIA_AeroHandOpen, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // Finger tips at 0.8 of their distal joints.
 const quil::SlotDeclaration quil::hands::TetherIA_AeroHandOpen_slots = quil::kTipsAtEightTenths;
-bool Quil_linear::TetherIA_AeroHandOpen::fingerPinchDone[4] = {};
-double Quil_linear::TetherIA_AeroHandOpen::thumb1_ref_val = 0.0;
-double Quil_linear::TetherIA_AeroHandOpen::thumb2_ref_val = 0.0;
 
 namespace {
 
@@ -165,5 +161,3 @@ quil::TargetArray quil::hands::TetherIA_AeroHandOpen(const InputAngles& in, cons
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE_WITH_MEMORY(TetherIA_AeroHandOpen, (quil::MemoryRef{Quil_linear::TetherIA_AeroHandOpen::fingerPinchDone, &Quil_linear::TetherIA_AeroHandOpen::thumb1_ref_val, &Quil_linear::TetherIA_AeroHandOpen::thumb2_ref_val}))

@@ -107,11 +107,4 @@ TEST(SignFlip, FlipsTheSignBitEvenOfZero) {
     EXPECT_FALSE(std::signbit(out[4]));
 }
 
-TEST(GetData1, WrapsIn32Bits) {
-    EXPECT_EQ(get_data1(3, 4), 22);
-    EXPECT_EQ(get_data1(0, 5), -2);
-    EXPECT_EQ(get_data1(65536, 32768), -2);
-    EXPECT_EQ(get_data1(-3, 4), -26);
-}
-
 }  // namespace

@@ -143,7 +143,7 @@ std::vector<unsigned char> class_statics() {
     auto add = [&bytes](const void* p, std::size_t n) {
         bytes.insert(bytes.end(), static_cast<const unsigned char*>(p), static_cast<const unsigned char*>(p) + n);
     };
-#define QUIL_MODEL(hand, version, buffer, keeps_state)      \
+#define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) \
     add(Quil_linear::hand::weight, sizeof(Quil_linear::hand::weight)); \
     add(Quil_linear::hand::w0, sizeof(Quil_linear::hand::w0));
 #include "models/hand_list.h"

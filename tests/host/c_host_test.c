@@ -31,7 +31,7 @@ static const struct hand {
     int buffer;
     int keeps_state;
 } hands[] = {
-#define QUIL_MODEL(hand, version, buffer, keeps_state) {#hand, version, buffer, keeps_state},
+#define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) {#hand, version, buffer, keeps_state},
 #include "models/hand_list.h"
 #undef QUIL_MODEL
 };

@@ -1,5 +1,7 @@
 #include "test_util.h"
 
+#include "quil_linear/quil_linear.hpp"
+
 namespace {
 
 using namespace quil;

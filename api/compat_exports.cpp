@@ -5,7 +5,7 @@
 // one-time initialisation of a function-local static and overwritten by every later call.
 #include <cstring>
 
-#include "core/hand_class.h"
+#include "api/compat.h"
 #include "quil_linear/quil_linear.hpp"
 
 #define QUIL_EXPORT extern "C" __attribute__((visibility("default")))
@@ -40,8 +40,8 @@ QUIL_EXPORT void FreeMemory(double* p) { delete[] p; }
         return array;                                                                  \
     }
 
-#define QUIL_MODEL(hand, version, buffer, keeps_state)                      \
-    QUIL_EXPORT_##buffer(hand, version)                                     \
+#define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) \
+    QUIL_EXPORT_##buffer(hand, version)                                         \
     QUIL_EXPORT const char* hand##_GetVersion(void) { return version; }
 #include "models/hand_list.h"
 #undef QUIL_MODEL
