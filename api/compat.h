@@ -12,7 +12,7 @@
 
 namespace quil::compat {
 
-inline InputAngles readings(QUIL_TWELVE_PARAMS) { return InputAngles{{QUIL_TWELVE_ARGS}}; }
+inline Readings readings(QUIL_TWELVE_PARAMS) { return Readings{{QUIL_TWELVE_ARGS}}; }
 
 }  // namespace quil::compat
 

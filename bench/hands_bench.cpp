@@ -109,9 +109,9 @@ void linear_stage(benchmark::State& state, std::size_t h) {
     const quil::Coefficients& tables = *quil::kHandModels[h].published;
     for (auto _ : state) {
         for (std::size_t r = 0; r < kSamples; ++r) {
-            quil::InputAngles in;
+            quil::Readings in;
             for (int i = 0; i < 12; ++i) in.x[i] = x[12 * r + i];
-            quil::TargetArray out;
+            quil::Targets out;
             quil::run_linear_stage<quil::kStandardRows>(in, quil::Clamp::min_max, tables, out);
             benchmark::DoNotOptimize(out);
         }

@@ -62,13 +62,13 @@ constexpr Bands kO12Bands{
     },
 };
 
-inline void floor_at(TargetArray& out, int slot, double limit) {
+inline void floor_at(Targets& out, int slot, double limit) {
     if (out[slot] < limit) out[slot] = limit;
 }
 
 // The O12's thumb rotation: coupled to thumb slot 2, a straight thumb pulls the rotation in, a
 // bent one lets it go by `rotation_give` of its bend beyond -10.
-inline void rotation_from_tip(TargetArray& out, double rotation_give) {
+inline void rotation_from_tip(Targets& out, double rotation_give) {
     if (out[2] > -10) {
         out[3] = out[3] - (out[2] + 10) * 2.5;
         if (out[3] > 30) out[3] = 30;
@@ -80,7 +80,7 @@ inline void rotation_from_tip(TargetArray& out, double rotation_give) {
 }
 
 // The thumb's joints in their bands; the thumb spread stops at -45.
-inline void banded_thumb(TargetArray& out, const ThumbBands& b) {
+inline void banded_thumb(Targets& out, const ThumbBands& b) {
     out[0] = b.thumb0(out[0]);
     floor_at(out, 0, -90);
     out[1] = b.thumb1(out[1]);
@@ -99,7 +99,7 @@ inline void banded_thumb(TargetArray& out, const ThumbBands& b) {
 
 // The finger curls in their bands, the little finger's spread closed by its deep curl, distal
 // joints at 0.8 and the full-bend locks.
-inline void banded_fingers(TargetArray& out, const FingerBands& b) {
+inline void banded_fingers(Targets& out, const FingerBands& b) {
     out[6] = b.index6(out[6]);
     floor_at(out, 6, -100);
     out[5] = b.index5(out[5]);
@@ -126,14 +126,14 @@ inline void banded_fingers(TargetArray& out, const FingerBands& b) {
 
 // Everything between the thumb rotation and the pinch poses: spreads, the banded thumb and
 // finger joints, distal joints and full-bend locks.
-inline void banded_joints(TargetArray& out, const Bands& b) {
+inline void banded_joints(Targets& out, const Bands& b) {
     couple_spreads(out, kSpread);
     banded_thumb(out, b.thumb);
     banded_fingers(out, b.fingers);
 }
 
 // The O12's chain: its rotation rule, then its bands.
-inline void run(TargetArray& out, double rotation_give) {
+inline void run(Targets& out, double rotation_give) {
     rotation_from_tip(out, rotation_give);
     banded_joints(out, kO12Bands);
 }

@@ -22,13 +22,13 @@ inline void close_spread(double& spread, double bend, double gain, double knee =
 
 // The middle finger has no abduction sensor of its own: its spread (out[11]) is taken from the
 // index spread (out[7]) and the ring spread (out[15]).
-inline void spread_middle_from_neighbours(TargetArray& out, double index_gain, double ring_gain) {
+inline void spread_middle_from_neighbours(Targets& out, double index_gain, double ring_gain) {
     out[11] = index_gain * out[7] - ring_gain * out[15];
 }
 
 // The first slot of each doubly driven finger (4, 8, 12, 16) follows its reshaped second slot at
 // `gain`, never extending past straight.
-inline void follow_distal(TargetArray& out, double gain) {
+inline void follow_distal(Targets& out, double gain) {
     out[4] = gain * out[5];
     out[8] = gain * out[9];
     out[12] = gain * out[13];

@@ -9,18 +9,18 @@
 namespace quil {
 
 // Thumb ready to pinch: its first joint (out[1]) at or below [0], its tip (out[2]) at or above [1].
-inline bool thumb_active(const TargetArray& out, const ThresholdPair& thumb) {
+inline bool thumb_active(const Targets& out, const ThresholdPair& thumb) {
     return out[1] <= double(thumb.at_or_below) && out[2] >= double(thumb.at_or_above);
 }
 
 // Index knuckle (out[6]) inside the pinch band of the index pair.
-inline bool index_in_band(const TargetArray& out, const ThresholdPair& index) {
+inline bool index_in_band(const Targets& out, const ThresholdPair& index) {
     return index.within(out[6]);
 }
 
 // Index reaching for the thumb: thumb and index bends together at or below the sum of both pairs'
 // [0] edges, the index not past the band's lower edge.
-inline bool index_reaches(const TargetArray& out, const ThresholdPair& thumb, const ThresholdPair& index) {
+inline bool index_reaches(const Targets& out, const ThresholdPair& thumb, const ThresholdPair& index) {
     return out[1] + out[6] <= sum_of_upper_edges(index, thumb) && out[6] >= double(index.at_or_above);
 }
 

@@ -7,10 +7,10 @@
 namespace quil {
 
 // The 24 joint targets of one sample, in the hand's slot order.
-using TargetArray = std::array<double, 24>;
+using Targets = std::array<double, 24>;
 
 // The twelve glove readings x0..x11 of one sample, in argument order.
-struct InputAngles {
+struct Readings {
     std::array<double, 12> x;
     double operator[](int i) const { return x[i]; }
 };
@@ -32,18 +32,16 @@ struct Coefficients {
 // statics (what the C export uses, shared by every caller) or the fields of a caller-owned
 // HandMemory (what hand handles, tests and tools use). A hand uses only the fields it has.
 struct MemoryRef {
-    bool* fingerPinchDone;   // four latches: [0] index pinch, [1] middle pinch
-    double* thumb1_ref_val;  // thumb reference values, where the hand keeps them
-    double* thumb2_ref_val;
+    bool* pinch_latches;   // four latches: [0] index pinch, [1] middle pinch
+    double* thumb_references[2];  // thumb reference values, where the hand keeps them
 };
 
 // Caller-owned pinch memory: all latches open and references 0.0, as at library load.
 struct HandMemory {
-    bool fingerPinchDone[4] = {false, false, false, false};
-    double thumb1_ref_val = 0.0;
-    double thumb2_ref_val = 0.0;
+    bool pinch_latches[4] = {false, false, false, false};
+    double thumb_references[2] = {0.0, 0.0};
 
-    MemoryRef ref() { return MemoryRef{fingerPinchDone, &thumb1_ref_val, &thumb2_ref_val}; }
+    MemoryRef ref() { return MemoryRef{pinch_latches, {&thumb_references[0], &thumb_references[1]}}; }
 };
 
 }  // namespace quil

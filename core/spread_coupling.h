@@ -19,7 +19,7 @@ struct SpreadCaps {
     double little;
 };
 
-inline void cap_spreads(TargetArray& out, const SpreadCaps& caps) {
+inline void cap_spreads(Targets& out, const SpreadCaps& caps) {
     if (out[7] > caps.index) out[7] = caps.index;
     if (out[15] > caps.ring) out[15] = caps.ring;
     if (out[19] > caps.little) out[19] = caps.little;
@@ -44,7 +44,7 @@ inline void reshape_little_spread(double& spread, const LittleSpreadGain& g) {
 }
 
 // A wide little-finger spread (above 5) turns the thumb toward the palm, up to 35.
-inline void rotate_thumb_with_little_spread(TargetArray& out, double gain) {
+inline void rotate_thumb_with_little_spread(Targets& out, double gain) {
     if (out[19] > 5) {
         out[3] = out[3] + (out[19] - 5) * gain;
         if (out[3] > 35) out[3] = 35;
@@ -68,7 +68,7 @@ struct SpreadCoupling {
 };
 
 // Caps, the little-spread boost, closing with curl, then the middle spread from its neighbours.
-inline void couple_spreads(TargetArray& out, const SpreadCoupling& s) {
+inline void couple_spreads(Targets& out, const SpreadCoupling& s) {
     if (out[7] > s.index_cap) out[7] = s.index_cap;
     if (out[15] > s.ring_cap) out[15] = s.ring_cap;
     if (out[19] > s.little_cap) out[19] = s.little_cap;

@@ -36,7 +36,7 @@ struct ThumbSwingStop {
     double first_floor;   // out[1]
     double base_floor;    // out[0]
 
-    void apply(TargetArray& out) const {
+    void apply(Targets& out) const {
         if (out[20] < swing_floor) {
             out[20] = swing_floor;
             if (out[1] < first_floor) out[1] = first_floor;

@@ -24,7 +24,7 @@ struct ThumbSwingGains {
 // Thumb values out[0..3] and out[20]: base and first joint reshaped past their knees, the tip
 // stopped short of the palm, the swing scaled and stopped at -45 (holding the first joint and the
 // base back with it), and the rotation out[3] recomputed from swing and tip.
-inline void couple_thumb(TargetArray& out, ThumbSwingGains swing) {
+inline void couple_thumb(Targets& out, ThumbSwingGains swing) {
     using chain_detail::unchanged;
     // The tip nudges the rotation first. The recomputation at the end overrides it; the firmware
     // has always run both.
@@ -55,7 +55,7 @@ inline void couple_thumb(TargetArray& out, ThumbSwingGains swing) {
 // Finger slots out[5..19]: each spread joint capped and closed by its finger's bend, the
 // knuckles scaled, the second slots of the doubly driven fingers reshaped past their knees, the
 // middle spread taken from its neighbours, and the little finger's spread closed by its knuckle.
-inline void couple_fingers(TargetArray& out) {
+inline void couple_fingers(Targets& out) {
     using chain_detail::unchanged;
     const Curve3 second_slot{-15, -70, scale(1.25), scale(0.9), unchanged};
 
@@ -95,7 +95,7 @@ inline void couple_fingers(TargetArray& out) {
 // A closing fist: with the middle finger deep, the ring and little knuckles are doubled and
 // tripled (floored at -81 and -100); with the middle deeper still, the index knuckle follows at
 // 1.5 (floored at -81).
-inline void deepen_fist(TargetArray& out) {
+inline void deepen_fist(Targets& out) {
     if (out[10] <= -65 && out[14] <= -25 && out[18] <= -15) {
         out[14] = 2 * out[14] < -81 ? -81 : 2 * out[14];
         out[18] = 3 * out[18] < -100 ? -100 : 3 * out[18];
@@ -105,7 +105,7 @@ inline void deepen_fist(TargetArray& out) {
 
 // While the index is not fully bent (out[6] above `index_gate`), each of the middle and ring
 // fingers bent past -70 takes `step` off the thumb swing, so the thumb tucks in less over a fist.
-inline void ease_thumb_swing(TargetArray& out, double index_gate, double step) {
+inline void ease_thumb_swing(Targets& out, double index_gate, double step) {
     if (out[6] > index_gate) {
         double f = 1.0;
         if (out[10] < -70) f = f - step;

@@ -20,7 +20,7 @@ struct ThumbTipLinkage {
     double offset;
 };
 
-inline void bend_thumb_tip(TargetArray& out, const ThumbTipLinkage& t) {
+inline void bend_thumb_tip(Targets& out, const ThumbTipLinkage& t) {
     out[2] = t.curve(out[2]);
     if (out[2] < t.floor) out[2] = t.floor;
     if (out[2] < t.knee) {
@@ -39,7 +39,7 @@ struct JointLinkages {
     FingerRemap fingers;
 };
 
-inline void remap_joint_linkages(TargetArray& out, const JointLinkages& l) {
+inline void remap_joint_linkages(Targets& out, const JointLinkages& l) {
     out[1] = l.thumb_base(out[1]);
     if (out[1] < l.thumb_base_floor) out[1] = l.thumb_base_floor;
     out[5] = l.index_knuckle(out[5]);

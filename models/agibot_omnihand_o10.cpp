@@ -54,7 +54,7 @@ constexpr ThresholdPair kThumbActive{-40.0f, -70.0f};
 constexpr double kIndexRelease[2] = {-28.69999885559082, -35.70000076293945};
 constexpr double kMiddleRelease[2] = {-30.799999237060547, -37.099998474121094};
 
-void floor_at(TargetArray& out, int slot, double limit) {
+void floor_at(Targets& out, int slot, double limit) {
     if (out[slot] < limit) out[slot] = limit;
 }
 
@@ -75,7 +75,7 @@ constexpr ruiyan_chain::FistGains kFistGains{double(1.15f), double(0.7f)};
 // The RY_H15 joint chain with four changes of this hand's own: the rotation also leans on thumb
 // slots 1 and 2, it is not recomputed from the thumb spread, the index's proximal joint stops at
 // -100, and the middle finger locks at -90 like the index and ring.
-void joint_chain(TargetArray& out) {
+void joint_chain(Targets& out) {
     ruiyan_chain::rotation_from_tip(out);
     // The rotation also leans on thumb slots 1 and 2 directly.
     out[3] = out[3] * 0.3 - double(0.2f) * out[2] - double(0.3f) * out[1];
@@ -97,7 +97,7 @@ void joint_chain(TargetArray& out) {
 }
 
 // Index pinch: the index in its window, or thumb and index together far enough in.
-void index_pinch(TargetArray& out, bool& held) {
+void index_pinch(Targets& out, bool& held) {
     const bool in_window = index_in_band(out, kIndexActive);
     const bool reaching = index_reaches(out, kThumbActive, kIndexActive);
     if (!(out[20] >= -20 && (in_window || reaching))) return;
@@ -115,7 +115,7 @@ void index_pinch(TargetArray& out, bool& held) {
 
 // Middle pinch: the middle finger bent with the little finger still open. Returns whether it
 // acted; the ring pinch is only tried when it did not.
-bool middle_pinch(TargetArray& out, bool& held) {
+bool middle_pinch(Targets& out, bool& held) {
     if (!(out[10] < -40 && out[18] > -40)) return false;
     if (held) {
         out[2] = pinch_toward(out[2], -53, 0.5f, 10.0f);
@@ -132,7 +132,7 @@ bool middle_pinch(TargetArray& out, bool& held) {
 
 // The index and middle pinches run one after the other when both apply; the ring and little
 // pinches are not latched.
-void pinch_assist(TargetArray& out, bool* pinch_done) {
+void pinch_assist(Targets& out, bool* pinch_done) {
     if (!thumb_active(out, kThumbActive)) return;
     index_pinch(out, pinch_done[0]);
     const bool middle = middle_pinch(out, pinch_done[1]);
@@ -152,12 +152,12 @@ void pinch_assist(TargetArray& out, bool* pinch_done) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::AgiBot_OmniHand_O10(const InputAngles& in, const MemoryRef& memory, const Coefficients& tables) {
-    TargetArray out{};
+quil::Targets quil::hands::AgiBot_OmniHand_O10(const Readings& in, const MemoryRef& memory, const Coefficients& tables) {
+    Targets out{};
     const int k = run_linear_stage<kStandardRows>(in, Clamp::passes_nan, tables, out);
-    if (k <= 22) return TargetArray{};
+    if (k <= 22) return Targets{};
     joint_chain(out);
-    pinch_assist(out, memory.fingerPinchDone);
+    pinch_assist(out, memory.pinch_latches);
     // A little finger that bends with the middle and ring fingers closes further.
     if (out[10] <= -60 && out[14] <= -60 && out[18] <= -15) {
         out[18] = 3 * out[18];

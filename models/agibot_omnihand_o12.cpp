@@ -25,7 +25,7 @@ constexpr ThresholdPair kIndexActive{-35.0f, -70.0f};
 // A thumb at or beyond its first bound on slot 1, with slot 2 not past its second bound, is
 // reaching for a finger; the bending finger decides which pinch pose is taken. A later pose
 // overwrites an earlier one in the same sample.
-void pinch_poses(TargetArray& out) {
+void pinch_poses(Targets& out) {
     if (!thumb_active(out, kThumbActive)) return;
     if (kIndexActive.within(out[6])) {
         out[0] = 0; out[1] = -37; out[2] = -7; out[20] = -8; out[3] = -8;
@@ -50,8 +50,8 @@ void pinch_poses(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::AgiBot_OmniHand_O12(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::AgiBot_OmniHand_O12(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     const int k = run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
     // A bent thumb lets its rotation go by 0.35 of the bend.
     banded_finger_chain::run(out, 0.35);

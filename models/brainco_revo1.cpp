@@ -63,8 +63,8 @@ inline double at_least(double v, double floor) { return v < floor ? floor : v; }
 
 }  // namespace
 
-quil::TargetArray quil::hands::BrainCo_Revo1(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::BrainCo_Revo1(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     if (out[7] > 25) out[7] = 25;

@@ -63,11 +63,11 @@ using namespace quil;
 
 }  // namespace
 
-quil::TargetArray quil::hands::BrainCo_Revo2(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
+quil::Targets quil::hands::BrainCo_Revo2(const Readings& in, const MemoryRef&, const Coefficients& tables) {
     constexpr ThresholdPair thumb_active_threshold{-25.0f, -70.0f};
     constexpr ThresholdPair index_active_threshold{-40.0f, -70.0f};
 
-    TargetArray out;
+    Targets out;
     run_linear_stage<kStandardRows>(in, Clamp::passes_nan, tables, out);
 
     couple_thumb(out, ThumbSwingGains{double(0.3f), double(0.35f)});

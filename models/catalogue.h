@@ -13,7 +13,7 @@ namespace quil {
 
 enum class BufferKind { per_call, persistent };
 
-using MapFn = TargetArray (*)(const InputAngles&, const MemoryRef&, const Coefficients&);
+using MapFn = Targets (*)(const Readings&, const MemoryRef&, const Coefficients&);
 
 struct HandModel {
     const char* name;                // class name and export prefix

@@ -36,7 +36,7 @@ constexpr ruiyan_chain::FistGains kFistGains{1.15, 0.7};
 constexpr ThresholdPair thumb_active_threshold{-40.0f, -72.0f};
 constexpr ThresholdPair index_active_threshold{-40.0f, -75.0f};
 
-void pinch(TargetArray& out, bool* done) {
+void pinch(Targets& out, bool* done) {
     HeldPinch index{done[0]};
     HeldPinch middle{done[1]};
 
@@ -92,8 +92,8 @@ void pinch(TargetArray& out, bool* done) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::CHOHO_Hand(const InputAngles& in, const MemoryRef& memory, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::CHOHO_Hand(const Readings& in, const MemoryRef& memory, const Coefficients& tables) {
+    Targets out;
     if (ruiyan_chain::run_rows(in, tables, out) <= 22) {
         // A short emission would leave the hand half-set; the rows always emit 23 values.
         out.fill(0.0);
@@ -102,7 +102,7 @@ quil::TargetArray quil::hands::CHOHO_Hand(const InputAngles& in, const MemoryRef
     ruiyan_chain::thumb_and_fingers(out, kChain);
     ruiyan_chain::fist_boost(out, kAlwaysBoost, kFistGains);
     ruiyan_chain::distal_and_full_bend(out, /*lock_little=*/true);
-    pinch(out, memory.fingerPinchDone);
+    pinch(out, memory.pinch_latches);
     out[23] = -1.0;
     flip_thumb_and_index(out);
     return out;

@@ -67,7 +67,7 @@ struct Condition {
     int slot;
     bool below;    // out[slot] < bound, else out[slot] > bound
     double bound;
-    bool holds(const TargetArray& out) const { return below ? out[slot] < bound : out[slot] > bound; }
+    bool holds(const Targets& out) const { return below ? out[slot] < bound : out[slot] > bound; }
 };
 struct Target {
     int slot;
@@ -115,7 +115,7 @@ constexpr PinchPose kPinchPoses[] = {
 // The thumb must have swung across the palm before any pinch pose is tried.
 constexpr double kPinchSwing = -35.0;
 
-void apply_pinch_poses(TargetArray& out) {
+void apply_pinch_poses(Targets& out) {
     if (!(out[20] < kPinchSwing)) return;
     for (const PinchPose& pose : kPinchPoses) {
         bool all = true;
@@ -127,8 +127,8 @@ void apply_pinch_poses(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::DexRobot_DexHand021_MP(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::DexRobot_DexHand021_MP(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
 
     if (out[0] < -78) out[0] = -78;

@@ -12,7 +12,7 @@ namespace quil::hands {
 #define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) \
     extern const Coefficients hand##_coefficients;                              \
     extern const SlotDeclaration hand##_slots;                                  \
-    TargetArray hand(const InputAngles& in, const MemoryRef& memory,            \
+    Targets hand(const Readings& in, const MemoryRef& memory,            \
                      const Coefficients& tables = hand##_coefficients);
 #include "models/hand_list.h"
 #undef QUIL_MODEL

@@ -59,8 +59,8 @@ constexpr ThumbTurningSpreads kSpreads{
 
 }  // namespace
 
-quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56DFX(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::INSPIRE_ROBOTS_RH56DFX(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     if (out[1] < -60) out[1] = -60;

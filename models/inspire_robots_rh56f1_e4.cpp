@@ -46,9 +46,9 @@ constexpr double kThumbReleaseBoth = double(-20.3f);
 constexpr int kIndex = 0;   // latch of the index pinch
 constexpr int kMiddle = 1;  // latch of the middle pinch
 
-void pinch(TargetArray& out, const MemoryRef& memory) {
-    bool* latch = memory.fingerPinchDone;
-    const double thumb_ref = *memory.thumb1_ref_val;
+void pinch(Targets& out, const MemoryRef& memory) {
+    bool* latch = memory.pinch_latches;
+    const double thumb_ref = *memory.thumb_references[0];
 
     const bool thumb_active = quil::thumb_active(out, kThumbActive);
     const bool index_in_band = quil::index_in_band(out, kIndexActive);
@@ -111,8 +111,8 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56F1_E4(const InputAngles& in, const MemoryRef& memory, const Coefficients& tables) {
-    TargetArray out{};
+quil::Targets quil::hands::INSPIRE_ROBOTS_RH56F1_E4(const Readings& in, const MemoryRef& memory, const Coefficients& tables) {
+    Targets out{};
     ruiyan_chain::run_rows(in, tables, out);
     // The RY_H15 joint chain: thumb rotation, thumb bands, finger gains, a bent middle finger
     // dragging ring, little and index along (they share drives on this hand), thumb relief.
@@ -121,7 +121,7 @@ quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56F1_E4(const InputAngles& in, c
     // While the thumb is not rotated far across the palm, remember where its tip was, then
     // damp the tip.
     if (out[3] <= 23) {
-        *memory.thumb1_ref_val = out[2];
+        *memory.thumb_references[0] = out[2];
         out[2] = double(0.1f) * out[2];
     }
     ruiyan_chain::distal_and_full_bend(out, /*lock_little=*/true);

@@ -18,7 +18,7 @@ namespace {
 using namespace quil;
 
 // The DH116's pinch window is wider than the O12's: a thumb at -30 on slot 1 already reaches.
-void pinch_poses(TargetArray& out) {
+void pinch_poses(Targets& out) {
     if (!(out[1] <= -30 && out[2] >= -80)) return;
     if (out[6] <= -30 && out[6] >= -80) {
         out[2] = -40; out[3] = 5; out[6] = -50;
@@ -31,8 +31,8 @@ void pinch_poses(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::LeadShine_DH116(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::LeadShine_DH116(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     const int k = run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
     // A bent thumb lets its rotation go by only 0.15 of the bend.
     banded_finger_chain::run(out, 0.15);

@@ -53,16 +53,16 @@ constexpr int kFullEmission = 23;
 
 }  // namespace
 
-quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L10(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
+quil::Targets quil::hands::LINKERBOT_LinkerHand_L10(const Readings& in, const MemoryRef&, const Coefficients& tables) {
     constexpr ThresholdPair thumb_active_threshold{-40.0f, -70.0f};
     constexpr ThresholdPair index_active_threshold{-40.0f, -75.0f};
 
     // The hand is driven from a working copy that becomes the whole result, or all zeros if
     // the rows did not fill the targets (the rules below address every slot up to 22).
-    TargetArray out;
+    Targets out;
     const int k = run_linear_stage<kStandardRows>(in, Clamp::passes_nan, tables, out);
     if (k < kFullEmission) {
-        TargetArray zeros;
+        Targets zeros;
         zeros.fill(0.0);
         return zeros;
     }

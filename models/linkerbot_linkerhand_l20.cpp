@@ -80,7 +80,7 @@ struct PinchPose {
 constexpr Gate bent(int slot, double bound = -40) { return Gate{slot, true, bound}; }
 constexpr Gate open(int slot, double bound = -40) { return Gate{slot, false, bound}; }
 
-bool holds(const TargetArray& out, const Gate& g) { return g.below ? out[g.slot] < g.bound : out[g.slot] > g.bound; }
+bool holds(const Targets& out, const Gate& g) { return g.below ? out[g.slot] < g.bound : out[g.slot] > g.bound; }
 
 // In precedence order: each pose leaves values that fail the gates of the later ones.
 constexpr PinchPose kPinchPoses[] = {
@@ -110,13 +110,13 @@ constexpr PinchPose kPinchPoses[] = {
      {{0, -45}, {1, -40}, {2, -60}, {20, -120}, {17, -35}, {18, -52}}, 6},
 };
 
-bool matches(const TargetArray& out, const PinchPose& pose) {
+bool matches(const Targets& out, const PinchPose& pose) {
     for (int n = 0; n < pose.gate_count; ++n)
         if (!holds(out, pose.gates[n])) return false;
     return true;
 }
 
-void apply_pinch_poses(TargetArray& out) {
+void apply_pinch_poses(Targets& out) {
     for (const PinchPose& pose : kPinchPoses)
         if (matches(out, pose))
             for (int n = 0; n < pose.target_count; ++n) out[pose.targets[n].slot] = pose.targets[n].value;
@@ -124,8 +124,8 @@ void apply_pinch_poses(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L20(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::LINKERBOT_LinkerHand_L20(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
 
     cap_spreads(out, SpreadCaps{30, 15, 30});

@@ -44,7 +44,7 @@ void shape(double& v, const Curve3& curve, double floor) {
 // Pinch assist: with the thumb bent toward the palm, a finger already near the thumb is put on
 // its pinch target. The pinch rotation is set negative, so after the final mirror it comes out
 // positive where an unpinched rotation comes out negative.
-void pinch_assist(TargetArray& out) {
+void pinch_assist(Targets& out) {
     if (!(out[1] <= -30 && out[2] >= -70)) return;
     if (out[6] <= -30 && out[6] >= -70) {
         out[2] = -33;
@@ -60,8 +60,8 @@ void pinch_assist(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O6(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::LINKERBOT_LinkerHand_O6(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
 
     kRotation.apply(out[3], out[2]);

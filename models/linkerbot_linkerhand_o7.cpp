@@ -48,7 +48,7 @@ constexpr ThresholdPair index_active_threshold{-40.0f, -75.0f};  // the index ba
 // In a pinch the thumb tip is scaled by a gain but floored at the pinch depth, and out[20] and
 // out[3] go to the pinching finger's fixed targets. The finger is held no deeper than its own
 // pinch depth.
-void pinch_assist(TargetArray& out) {
+void pinch_assist(Targets& out) {
     if (!thumb_active(out, thumb_active_threshold)) return;
 
     // Index: inside its band, or close enough that thumb and index together reach the pinch.
@@ -84,8 +84,8 @@ void pinch_assist(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O7(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::LINKERBOT_LinkerHand_O7(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     out.fill(0.0);
     run_linear_stage<kStandardRows>(in, Clamp::passes_nan, tables, out);
 

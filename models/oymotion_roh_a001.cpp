@@ -88,8 +88,8 @@ const quil::SlotDeclaration quil::hands::OYMotion_ROH_A001_slots = quil::kTipsAt
     .plus(quil::middle_spread_between(0.24, 0.32))
     .plus(kRotationFromTipBands);
 
-quil::TargetArray quil::hands::OYMotion_ROH_A001(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::OYMotion_ROH_A001(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     if (out[0] < -60) out[0] = -60;

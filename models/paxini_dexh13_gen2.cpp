@@ -75,7 +75,7 @@ constexpr ContactPose kContactPoses[] = {
     {{extended, extended, bent, extended}, {{0, -50}, {1, -65}, {2, -80}, {3, 20}, {13, -35}, {14, -55}, {-1, 0}}},
 };
 
-void apply_contact_poses(TargetArray& out) {
+void apply_contact_poses(Targets& out) {
     for (const ContactPose& pose : kContactPoses) {
         bool match = true;
         for (int f = 0; f < 4; ++f) match = match && finger_is(out[kProximalSlot[f]], pose.finger[f]);
@@ -89,8 +89,8 @@ void apply_contact_poses(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::PaXini_DexH13_GEN2(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::PaXini_DexH13_GEN2(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
 
     if (out[7] > 30) out[7] = 30;

@@ -81,8 +81,8 @@ constexpr double kFistGesture = 2.0;
 
 }  // namespace
 
-quil::TargetArray quil::hands::PICO_PXRHand(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::PICO_PXRHand(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     const int k = run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     bend_thumb_tip(out, kThumbTip);

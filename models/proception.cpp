@@ -56,8 +56,8 @@ bool gate(double v, int side, double at) { return side == 0 || (side > 0 ? v > a
 
 }  // namespace
 
-quil::TargetArray quil::hands::Proception(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::Proception(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     if (out[7] > 30) out[7] = 30;

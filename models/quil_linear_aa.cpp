@@ -52,8 +52,8 @@ constexpr RowRules kRows = RowRules{}
 
 }  // namespace
 
-quil::TargetArray quil::hands::QUIL_linear_AA(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::QUIL_linear_AA(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     // Thumb rotation drags the thumb's first joint along.

@@ -56,8 +56,8 @@ constexpr RowRules kRows = RowRules{}
 
 }  // namespace
 
-quil::TargetArray quil::hands::QUIL_linear_AD(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::QUIL_linear_AD(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     if (out[7] > 25) out[7] = 25;

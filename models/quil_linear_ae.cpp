@@ -74,8 +74,8 @@ constexpr RowRules kRows = RowRules{}
 
 }  // namespace
 
-quil::TargetArray quil::hands::QUIL_linear_AE(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::QUIL_linear_AE(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     // Thumb rotation from the thumb tip, read before the tip's own clamp.

@@ -90,8 +90,8 @@ double curl_toward(double v, int limit, float gain) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::ROBOTERA_XHAND1(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::ROBOTERA_XHAND1(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     const int k = run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     bend_thumb_tip(out, kThumbTip);

@@ -34,8 +34,8 @@ constexpr ruiyan_chain::FistGains kFistGains{1.15, 0.7};
 constexpr ThresholdPair thumb_active_threshold{-30.0f, -70.0f};
 constexpr ThresholdPair index_active_threshold{-30.0f, -75.0f};
 
-// The pinch assist: index first, then middle, each with its latch in fingerPinchDone[0] and [1].
-void pinch(TargetArray& out, bool* done) {
+// The pinch assist: index first, then middle, each with its latch in pinch_latches[0] and [1].
+void pinch(Targets& out, bool* done) {
     if (!thumb_active(out, thumb_active_threshold)) return;
 
     const bool index_close = out[6] <= double(index_active_threshold.at_or_below) ||
@@ -77,8 +77,8 @@ void pinch(TargetArray& out, bool* done) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::RUIYAN_RY_H15(const InputAngles& in, const MemoryRef& memory, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::RUIYAN_RY_H15(const Readings& in, const MemoryRef& memory, const Coefficients& tables) {
+    Targets out;
     if (ruiyan_chain::run_rows(in, tables, out) <= 22) {
         // A short emission would leave the hand half-set; the rows always emit 23 values.
         out.fill(0.0);
@@ -87,7 +87,7 @@ quil::TargetArray quil::hands::RUIYAN_RY_H15(const InputAngles& in, const Memory
     ruiyan_chain::thumb_and_fingers(out, kChain);
     ruiyan_chain::fist_boost(out, kAlwaysBoost, kFistGains);
     ruiyan_chain::distal_and_full_bend(out, /*lock_little=*/true);
-    pinch(out, memory.fingerPinchDone);
+    pinch(out, memory.pinch_latches);
     out[23] = -1.0;
     flip_thumb_and_index(out);
     return out;

@@ -41,7 +41,7 @@ constexpr banded_finger_chain::Bands kBands{
     },
 };
 
-void joint_chain(TargetArray& out) {
+void joint_chain(Targets& out) {
     // The rotation follows thumb slot 2 both ways; at exactly -10 the lower branch still
     // rescales it.
     if (out[2] > -10) {
@@ -60,7 +60,7 @@ void joint_chain(TargetArray& out) {
 // With the thumb reaching (slot 1 at or below -40, slot 2 not below -75), the bending finger
 // picks the pose. An index pose leaves out[6] at -43, which shuts out the others; out[14] at
 // exactly -30 is neither a ring nor a little pinch.
-void pinch_poses(TargetArray& out) {
+void pinch_poses(Targets& out) {
     if (!(out[1] <= -40 && out[2] >= -75)) return;
     if (out[6] <= -35 && out[6] >= -70) {
         out[2] = -26; out[3] = 20; out[6] = -43;
@@ -79,8 +79,8 @@ void pinch_poses(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::RUIYAN_RY_H2(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::RUIYAN_RY_H2(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     const int k = run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
     joint_chain(out);
     pinch_poses(out);

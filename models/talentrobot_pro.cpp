@@ -28,7 +28,7 @@ struct PinchPose {
     double finger[3];
 };
 
-void apply(TargetArray& out, const PinchPose& p) {
+void apply(Targets& out, const PinchPose& p) {
     out[0] = p.roll;
     out[1] = p.base;
     out[2] = p.tip;
@@ -56,7 +56,7 @@ constexpr PinchPose kLittlePinch{0, -53, 30, -45, 22, 16, {-38, -35, -56}};
 // With the thumb base half bent, the finger that is bent (and the others straight) picks the
 // pinch pose. A fired index pose leaves the index at -61, which shuts out the others; a ring
 // pose leaves the ring at -79, which shuts out the little pose.
-void pinch_poses(TargetArray& out) {
+void pinch_poses(Targets& out) {
     if (!(out[1] <= -45 && out[1] >= -65)) return;
     if (out[6] <= -40 && out[6] >= -65) apply(out, kIndexPinch);
     if (out[6] > -40 && out[10] < -40 && out[18] > -40) {
@@ -70,8 +70,8 @@ void pinch_poses(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::TalentRobot_Pro(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::TalentRobot_Pro(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     const int k = run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
 
     // The little finger's spread turns the thumb before the spread itself is limited.

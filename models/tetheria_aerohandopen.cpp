@@ -51,9 +51,9 @@ double pinch_ease(double v, int limit) {
 }
 
 // The thumb is scaled down by the palm opening; the unscaled thumb is kept for the pinches.
-void scale_thumb(TargetArray& out, const MemoryRef& memory) {
-    *memory.thumb1_ref_val = out[2];
-    *memory.thumb2_ref_val = out[1];
+void scale_thumb(Targets& out, const MemoryRef& memory) {
+    *memory.thumb_references[0] = out[2];
+    *memory.thumb_references[1] = out[1];
     if (out[3] <= 22) {
         out[2] = 0.3 * out[2];
         out[1] = 0.3 * out[1];
@@ -63,18 +63,18 @@ void scale_thumb(TargetArray& out, const MemoryRef& memory) {
     }
 }
 
-void restore_thumb(TargetArray& out, const MemoryRef& memory) {
-    out[2] = *memory.thumb1_ref_val;
-    out[1] = *memory.thumb2_ref_val;
+void restore_thumb(Targets& out, const MemoryRef& memory) {
+    out[2] = *memory.thumb_references[0];
+    out[1] = *memory.thumb_references[1];
 }
 
-void pinch(TargetArray& out, const MemoryRef& memory) {
-    HeldPinch index{memory.fingerPinchDone[0]};
-    HeldPinch middle{memory.fingerPinchDone[1]};
+void pinch(Targets& out, const MemoryRef& memory) {
+    HeldPinch index{memory.pinch_latches[0]};
+    HeldPinch middle{memory.pinch_latches[1]};
 
     // The thumb counts as active when either its unscaled or its scaled base is bent enough.
     const double thumb_bent = thumb_active_threshold.at_or_below;
-    const bool thumb_active = (*memory.thumb2_ref_val <= thumb_bent || out[1] <= thumb_bent) &&
+    const bool thumb_active = (*memory.thumb_references[1] <= thumb_bent || out[1] <= thumb_bent) &&
                               out[2] >= double(thumb_active_threshold.at_or_above);
     const bool index_in_band = quil::index_in_band(out, index_active_threshold);
     const bool index_near_thumb = index_reaches(out, thumb_active_threshold, index_active_threshold) &&
@@ -142,8 +142,8 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::TetherIA_AeroHandOpen(const InputAngles& in, const MemoryRef& memory, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::TetherIA_AeroHandOpen(const Readings& in, const MemoryRef& memory, const Coefficients& tables) {
+    Targets out;
     if (ruiyan_chain::run_rows(in, tables, out) <= 22) {
         // A short emission would leave the hand half-set; the rows always emit 23 values.
         out.fill(0.0);
