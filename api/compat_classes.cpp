@@ -73,14 +73,14 @@ int get_data1(int a, int b) {
 #define QUIL_COMPAT_LOCAL_PRIVATE_LATCHES static bool fingerPinchDone[4] = {};
 
 #define QUIL_COMPAT_MEMORY_NO_MEMORY(hand) quil::MemoryRef{}
-#define QUIL_COMPAT_MEMORY_PRIVATE_LATCHES(hand) quil::MemoryRef{fingerPinchDone, nullptr, nullptr}
+#define QUIL_COMPAT_MEMORY_PRIVATE_LATCHES(hand) quil::MemoryRef{fingerPinchDone, {nullptr, nullptr}}
 #define QUIL_COMPAT_MEMORY_LATCHES(hand) \
-    quil::MemoryRef{Quil_linear::hand::fingerPinchDone, nullptr, nullptr}
+    quil::MemoryRef{Quil_linear::hand::fingerPinchDone, {nullptr, nullptr}}
 #define QUIL_COMPAT_MEMORY_LATCHES_THUMB1(hand) \
-    quil::MemoryRef{Quil_linear::hand::fingerPinchDone, &Quil_linear::hand::thumb1_ref_val, nullptr}
-#define QUIL_COMPAT_MEMORY_LATCHES_THUMBS(hand)                                               \
-    quil::MemoryRef{Quil_linear::hand::fingerPinchDone, &Quil_linear::hand::thumb1_ref_val, \
-                    &Quil_linear::hand::thumb2_ref_val}
+    quil::MemoryRef{Quil_linear::hand::fingerPinchDone, {&Quil_linear::hand::thumb1_ref_val, nullptr}}
+#define QUIL_COMPAT_MEMORY_LATCHES_THUMBS(hand)                                                \
+    quil::MemoryRef{Quil_linear::hand::fingerPinchDone, {&Quil_linear::hand::thumb1_ref_val, \
+                                                         &Quil_linear::hand::thumb2_ref_val}}
 
 #define QUIL_COMPAT_KEEPS_STATE_NO_MEMORY 0
 #define QUIL_COMPAT_KEEPS_STATE_LATCHES 1
