@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include "api/compat.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "quil_linear/quil_linear.hpp"
 
 // ---- Coefficient tables ----------------------------------------------------------------------
@@ -24,7 +24,7 @@
 #define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) \
     QUIL_COMPAT_TABLE_SECTION double Quil_linear::hand::weight[228];              \
     QUIL_COMPAT_TABLE_SECTION double Quil_linear::hand::w0[19];
-#include "models/hand_list.h"
+#include "models/catalogue_list.h"
 #undef QUIL_MODEL
 
 namespace {
@@ -37,7 +37,7 @@ struct PublishedTables {
     std::memcpy(Quil_linear::hand::weight, quil::hands::hand##_coefficients.weight,             \
                 sizeof Quil_linear::hand::weight);                                              \
     std::memcpy(Quil_linear::hand::w0, quil::hands::hand##_coefficients.w0, sizeof Quil_linear::hand::w0);
-#include "models/hand_list.h"
+#include "models/catalogue_list.h"
 #undef QUIL_MODEL
     }
 };
@@ -105,5 +105,5 @@ int get_data1(int a, int b) {
                                  quil::Coefficients{weight, w0});                               \
     }                                                                                           \
     QUIL_COMPAT_GET_DATA1_##get_data1(hand)
-#include "models/hand_list.h"
+#include "models/catalogue_list.h"
 #undef QUIL_MODEL

@@ -43,5 +43,5 @@ QUIL_EXPORT void FreeMemory(double* p) { delete[] p; }
 #define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) \
     QUIL_EXPORT_##buffer(hand, version)                                         \
     QUIL_EXPORT const char* hand##_GetVersion(void) { return version; }
-#include "models/hand_list.h"
+#include "models/catalogue_list.h"
 #undef QUIL_MODEL

@@ -6,7 +6,7 @@
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 
 QUIL_PUBLISH_COEFFICIENTS(AgiBot_OmniHand_O12, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 

@@ -9,7 +9,7 @@
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
 #include "core/thumb_finger_chain.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
 #define HAND_WEIGHT {                                                                     \

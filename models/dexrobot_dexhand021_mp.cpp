@@ -8,7 +8,7 @@
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
 #include "core/linear_stage.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
 #define HAND_WEIGHT {                                                                     \

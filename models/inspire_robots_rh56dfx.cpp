@@ -5,7 +5,7 @@
 #include "core/curves.h"
 #include "core/linear_stage.h"
 #include "core/thumb_turning_spreads.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
 #define HAND_WEIGHT {                                                                     \

@@ -7,7 +7,7 @@
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
 #include "core/ruiyan_chain.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 
 QUIL_PUBLISH_COEFFICIENTS(INSPIRE_ROBOTS_RH56F1_E4, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 

@@ -4,7 +4,7 @@
 #include "core/banded_finger_chain.h"
 #include "core/common_coefficients.h"
 #include "core/linear_stage.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 
 QUIL_PUBLISH_COEFFICIENTS(LeadShine_DH116, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 

@@ -8,7 +8,7 @@
 #include "core/linkage_curves.h"
 #include "core/linear_stage.h"
 #include "core/spread_coupling.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
 #define HAND_WEIGHT {                                                                     \

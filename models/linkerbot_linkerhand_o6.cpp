@@ -8,7 +8,7 @@
 #include "core/full_bend_lock.h"
 #include "core/linear_stage.h"
 #include "core/thumb_coupling.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 
 QUIL_PUBLISH_COEFFICIENTS(LINKERBOT_LinkerHand_O6, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 

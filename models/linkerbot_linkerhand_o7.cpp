@@ -11,7 +11,7 @@
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
 #include "core/thumb_coupling.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 
 QUIL_PUBLISH_COEFFICIENTS(LINKERBOT_LinkerHand_O7, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 

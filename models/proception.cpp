@@ -8,7 +8,7 @@
 #include "core/full_bend_lock.h"
 #include "core/linkage_curves.h"
 #include "core/linear_stage.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/quil_linear_ag_coefficients.h"
 
 QUIL_PUBLISH_COEFFICIENTS(Proception, QUIL_AG_WEIGHT, QUIL_AG_W0)

@@ -3,7 +3,7 @@
 // each finger slaved at 0.8 of the proximal ones.
 #include "core/finger_coupling.h"
 #include "core/linear_stage.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
 #define HAND_WEIGHT {                                                                     \

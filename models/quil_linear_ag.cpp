@@ -3,7 +3,7 @@
 // (tripled when small, raised by 14 beyond 7); spreads close as their fingers bend.
 #include "core/finger_coupling.h"
 #include "core/linear_stage.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/quil_linear_ag_coefficients.h"
 
 QUIL_PUBLISH_COEFFICIENTS(QUIL_linear_AG, QUIL_AG_WEIGHT, QUIL_AG_W0)

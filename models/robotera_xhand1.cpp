@@ -10,7 +10,7 @@
 #include "core/linear_stage.h"
 #include "core/thumb_turning_spreads.h"
 #include "core/wide_linkage.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
 #define HAND_WEIGHT {                                                                     \

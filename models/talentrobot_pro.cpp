@@ -7,7 +7,7 @@
 #include "core/curves.h"
 #include "core/linear_stage.h"
 #include "core/spread_coupling.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 
 QUIL_PUBLISH_COEFFICIENTS(TalentRobot_Pro, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 

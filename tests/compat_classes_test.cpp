@@ -5,7 +5,7 @@
 
 #include <cstring>
 
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "quil_linear/quil_linear.hpp"
 
 namespace {
@@ -20,7 +20,7 @@ struct ClassTables {
 const ClassTables kClasses[] = {
 #define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) \
     {#hand, Quil_linear::hand::weight, Quil_linear::hand::w0, quil::hands::hand##_coefficients},
-#include "models/hand_list.h"
+#include "models/catalogue_list.h"
 #undef QUIL_MODEL
 };
 

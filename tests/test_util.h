@@ -9,7 +9,7 @@
 #include <limits>
 
 #include "core/records.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 
 namespace quil::test {
 

@@ -1,4 +1,5 @@
-/* The one list of hands the library serves, in catalogue order.
+/* The list of hands the library serves, in catalogue order: models/catalogue.h expands it into
+ * the hands' mappings and the catalogue table, api/ into the compatibility layer.
  *
  * QUIL_MODEL(prefix, version, buffer, keeps_state, class_memory, get_data1)
  *   prefix       the hand's name: its mapping quil::hands::<prefix>, its class in namespace
