@@ -13,9 +13,10 @@
 // ---- Coefficient tables ----------------------------------------------------------------------
 //
 // The tables a host may read or rewrite, which the C export reads on every call. They start as
-// the hand's published constants, copied in while the library is loaded, before any host code
-// can run. In a shared object they stay in the section of initialised data, as tables written
-// with their values would, so the library's exported symbols are what they always were.
+// the hand's published constants (constant-initialised in the hands' files), copied in by the
+// library's own initialisation, which runs before that of any program or library linked to it.
+// In a shared object they stay in the section of initialised data, as tables written with their
+// values would, so the library's exported symbols are what they always were.
 #if defined(__ELF__)
 #define QUIL_COMPAT_TABLE_SECTION [[gnu::section(".data")]]
 #else
