@@ -45,14 +45,14 @@ void start_up(quil_hand& h) {
 }
 
 // One sample through the handle's hand and memory, built directly in the caller's 24 doubles.
-inline void map_sample(quil_hand& h, const quil::InputAngles& in, double* targets) {
-    static_assert(sizeof(quil::TargetArray) == sizeof(double) * 24, "24 packed doubles");
-    new (targets) quil::TargetArray(h.model->map(in, h.memory.ref(), *h.model->published));
+inline void map_sample(quil_hand& h, const quil::Readings& in, double* targets) {
+    static_assert(sizeof(quil::Targets) == sizeof(double) * 24, "24 packed doubles");
+    new (targets) quil::Targets(h.model->map(in, h.memory.ref(), *h.model->published));
 }
 
 // One sample: note the finite readings, hold the others if asked, map.
 inline void map_one(quil_hand& h, const double* readings, double* targets) {
-    quil::InputAngles in;
+    quil::Readings in;
     for (int i = 0; i < 12; ++i) {
         double x = readings[i];
         if (std::isfinite(x))
@@ -72,7 +72,7 @@ void map_many(quil_hand& h, std::size_t n, const double* readings, double* targe
         return;
     }
     for (std::size_t r = 0; r < n; ++r) {
-        quil::InputAngles in;
+        quil::Readings in;
         std::memcpy(in.x.data(), readings + 12 * r, sizeof(double) * 12);
         map_sample(h, in, targets + 24 * r);
     }
@@ -160,9 +160,9 @@ int quil_dropout_from_name(const char* name) {
 
 int quil_hand_memory_of(const quil_hand* hand, quil_hand_memory* out) {
     if (!hand || !out) return QUIL_E_NULL;
-    for (int i = 0; i < 4; ++i) out->pinch_latches[i] = hand->memory.fingerPinchDone[i] ? 1 : 0;
-    out->thumb_references[0] = hand->memory.thumb1_ref_val;
-    out->thumb_references[1] = hand->memory.thumb2_ref_val;
+    for (int i = 0; i < 4; ++i) out->pinch_latches[i] = hand->memory.pinch_latches[i] ? 1 : 0;
+    out->thumb_references[0] = hand->memory.thumb_references[0];
+    out->thumb_references[1] = hand->memory.thumb_references[1];
     for (int i = 0; i < QUIL_READINGS; ++i) out->held_readings[i] = hand->last_finite[i];
     out->dropout = hand->dropout == QUIL_DROPOUT_HOLD ? QUIL_DROPOUT_HOLD : QUIL_DROPOUT_PASS;
     return QUIL_OK;

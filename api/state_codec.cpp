@@ -43,9 +43,9 @@ constexpr std::size_t kStageOutputSize = 48;
 
 constexpr std::size_t stage_state_size(std::size_t outputs) { return kStageOutputsAt + kStageOutputSize * outputs + 4; }
 
-#define QUIL_MODEL(hand, version, buffer, keeps_state) \
+#define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) \
     static_assert(sizeof(#hand) <= kNameField, "a hand name must fit the state's name field");
-#include "models/hand_list.h"
+#include "models/catalogue_list.h"
 #undef QUIL_MODEL
 
 std::uint32_t crc32(const unsigned char* p, std::size_t n) {
@@ -171,9 +171,9 @@ std::size_t save(const quil_hand* hand, void* buffer, std::size_t capacity) {
     put_le(p + 6, size, 2);
     std::memcpy(p + 8, hand->model->name, strnlen(hand->model->name, kNameField - 1));
     p[40] = static_cast<unsigned char>(hand->dropout);
-    for (int i = 0; i < 4; ++i) p[41 + i] = hand->memory.fingerPinchDone[i] ? 1 : 0;
-    put_double(p + 48, hand->memory.thumb1_ref_val);
-    put_double(p + 56, hand->memory.thumb2_ref_val);
+    for (int i = 0; i < 4; ++i) p[41 + i] = hand->memory.pinch_latches[i] ? 1 : 0;
+    put_double(p + 48, hand->memory.thumb_references[0]);
+    put_double(p + 56, hand->memory.thumb_references[1]);
     for (int i = 0; i < 12; ++i) put_double(p + 64 + 8 * i, hand->last_finite[i]);
     if (const quil::SafetyStage* stage = hand->stage.get()) {
         put_le(p + kStageAt, stage->fingerprint(), 8);
@@ -233,9 +233,9 @@ int load(quil_hand* hand, const void* state, std::size_t size) {
         }
     }
     hand->dropout = d.dropout;
-    for (int i = 0; i < 4; ++i) hand->memory.fingerPinchDone[i] = d.latches[i];
-    hand->memory.thumb1_ref_val = d.thumb1;
-    hand->memory.thumb2_ref_val = d.thumb2;
+    for (int i = 0; i < 4; ++i) hand->memory.pinch_latches[i] = d.latches[i];
+    hand->memory.thumb_references[0] = d.thumb1;
+    hand->memory.thumb_references[1] = d.thumb2;
     for (int i = 0; i < 12; ++i) hand->last_finite[i] = d.last_finite[i];
     return QUIL_OK;
 }

@@ -57,8 +57,8 @@ void per_sample(benchmark::State& state) {
 }
 
 const ExportFn kExports[] = {
-#define QUIL_MODEL(hand, version, buffer, keeps_state) &hand##_GetDataValue,
-#include "models/hand_list.h"
+#define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) &hand##_GetDataValue,
+#include "models/catalogue_list.h"
 #undef QUIL_MODEL
 };
 
@@ -109,9 +109,9 @@ void linear_stage(benchmark::State& state, std::size_t h) {
     const quil::Coefficients& tables = *quil::kHandModels[h].published;
     for (auto _ : state) {
         for (std::size_t r = 0; r < kSamples; ++r) {
-            quil::InputAngles in;
+            quil::Readings in;
             for (int i = 0; i < 12; ++i) in.x[i] = x[12 * r + i];
-            quil::TargetArray out;
+            quil::Targets out;
             quil::run_linear_stage<quil::kStandardRows>(in, quil::Clamp::min_max, tables, out);
             benchmark::DoNotOptimize(out);
         }

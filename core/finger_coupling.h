@@ -23,7 +23,7 @@ inline void close_spread(double& spread, double bend, double gain, double knee =
 
 // The middle finger has no abduction sensor of its own: its spread (middle_spread) is taken from the
 // index spread (index_spread) and the ring spread (ring_spread).
-inline void spread_middle_from_neighbours(TargetArray& out, double index_gain, double ring_gain) {
+inline void spread_middle_from_neighbours(Targets& out, double index_gain, double ring_gain) {
     out[slot::middle_spread] = index_gain * out[slot::index_spread] - ring_gain * out[slot::ring_spread];
 }
 
@@ -46,7 +46,7 @@ inline void reshape_little_spread(double& spread, const LittleSpreadGain& g) {
 
 // The first slot of each doubly driven finger (4, 8, 12, 16) follows its reshaped second slot at
 // `gain`, never extending past straight.
-inline void follow_distal(TargetArray& out, double gain) {
+inline void follow_distal(Targets& out, double gain) {
     out[slot::index_tip] = gain * out[slot::index_distal];
     out[slot::middle_tip] = gain * out[slot::middle_distal];
     out[slot::ring_tip] = gain * out[slot::ring_distal];

@@ -19,7 +19,7 @@ struct FingerRemap {
 
     // Each slot reads only itself, so the proximal slots and the distal slots may be remapped in
     // either order.
-    void apply(TargetArray& out, std::initializer_list<int> proximal_slots,
+    void apply(Targets& out, std::initializer_list<int> proximal_slots,
                std::initializer_list<int> distal_slots) const {
         for (int i : proximal_slots) out[i] = floored(proximal(out[i]));
         for (int i : distal_slots) out[i] = floored(distal(out[i]));

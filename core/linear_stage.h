@@ -38,8 +38,8 @@ inline double clamp_reading_passing_nan(double x) {
 
 enum class Clamp { min_max, passes_nan };
 
-inline InputAngles clamp_inputs(const InputAngles& raw, Clamp kind) {
-    InputAngles c{};
+inline Readings clamp_inputs(const Readings& raw, Clamp kind) {
+    Readings c{};
     for (int i = 0; i < 12; ++i)
         c.x[i] = kind == Clamp::min_max ? clamp_reading(raw.x[i]) : clamp_reading_passing_nan(raw.x[i]);
     return c;
@@ -84,7 +84,7 @@ inline Pair quantise_pair(Pair s) {
 // its products in input order. Two rows are summed side by side, one per lane, each lane doing
 // exactly the scalar row's operations; the quantisation runs over a padded 20th row, two rows at
 // a time.
-inline PoseVector linear_pose(const Coefficients& k, const InputAngles& c) {
+inline PoseVector linear_pose(const Coefficients& k, const Readings& c) {
     detail::Pair s[10];
     for (int pair = 0; pair < 9; ++pair) {
         const double* a = k.weight + (2 * pair) * 12;
@@ -183,7 +183,7 @@ inline constexpr RowRules kStandardRows = RowRules{}
     .twice({4, 7, 10, 13}, upper(0), lower(-100));
 
 // Limits each row and writes it to out[k], k growing with each value written; returns k.
-inline int emit_rows(const PoseVector& p, const RowRules& rules, TargetArray& out) {
+inline int emit_rows(const PoseVector& p, const RowRules& rules, Targets& out) {
     int k = 0;
     for (int j = 0; j < 19; ++j) {
         double v = p.p[j];
@@ -195,7 +195,7 @@ inline int emit_rows(const PoseVector& p, const RowRules& rules, TargetArray& ou
 
 namespace detail {
 template <const RowRules& R, int J>
-inline void emit_row(double v, TargetArray& out, int& k) {
+inline void emit_row(double v, Targets& out, int& k) {
     constexpr RowRule rule = R.row[J];
     if constexpr (rule.bounds[0].kind != Bound::none) v = apply_bound(v, rule.bounds[0]);
     if constexpr (rule.bounds[1].kind != Bound::none) v = apply_bound(v, rule.bounds[1]);
@@ -204,7 +204,7 @@ inline void emit_row(double v, TargetArray& out, int& k) {
     for (int c = 0; c < rule.copies; ++c) out[k++] = v;
 }
 template <const RowRules& R, std::size_t... J>
-inline int emit_rows_fixed(const PoseVector& p, TargetArray& out, std::index_sequence<J...>) {
+inline int emit_rows_fixed(const PoseVector& p, Targets& out, std::index_sequence<J...>) {
     int k = 0;
     (emit_row<R, static_cast<int>(J)>(p.p[J], out, k), ...);
     return k;
@@ -214,7 +214,7 @@ inline int emit_rows_fixed(const PoseVector& p, TargetArray& out, std::index_seq
 // The whole stage for a hand whose row rules R are a compile-time table: clamp, rows, limits,
 // emission, with the limits resolved at compile time. Returns the number of values emitted.
 template <const RowRules& R>
-inline int run_linear_stage(const InputAngles& raw, Clamp clamp, const Coefficients& k, TargetArray& out) {
+inline int run_linear_stage(const Readings& raw, Clamp clamp, const Coefficients& k, Targets& out) {
     const PoseVector p = linear_pose(k, clamp_inputs(raw, clamp));
     return detail::emit_rows_fixed<R>(p, out, std::make_index_sequence<19>{});
 }
@@ -222,7 +222,7 @@ inline int run_linear_stage(const InputAngles& raw, Clamp clamp, const Coefficie
 // The rows fill slots 0..22 (the hand writes the terminator itself). The hands whose rules read
 // every one of those slots check the count the emission returned: a short emission would leave
 // the hand half-set, so they send all zeros instead. Returns whether it did.
-inline bool zero_short_emission(int emitted, TargetArray& out) {
+inline bool zero_short_emission(int emitted, Targets& out) {
     if (emitted <= 22) {
         out.fill(0.0);
         return true;
@@ -231,19 +231,13 @@ inline bool zero_short_emission(int emitted, TargetArray& out) {
 }
 
 // The hand's controller expects some joints mirrored: flip the sign bit, so 0.0 becomes -0.0.
-inline void flip_signs(TargetArray& out, std::initializer_list<int> slots) {
+inline void flip_signs(Targets& out, std::initializer_list<int> slots) {
     for (int i : slots) out[i] = -out[i];
 }
 
 // Most hands mirror the thumb rotation (3), the index abduction (7) and the second thumb value (20).
-inline void flip_thumb_and_index(TargetArray& out) {
+inline void flip_thumb_and_index(Targets& out) {
     flip_signs(out, {slot::thumb_abduction, slot::index_spread, slot::thumb_rotation});
-}
-
-// The host-side checksum helper some hands carry: a * b * 2 - 2 in wrapping 32-bit arithmetic.
-inline int get_data1(int a, int b) {
-    const std::uint32_t r = static_cast<std::uint32_t>(a) * static_cast<std::uint32_t>(b) * 2u - 2u;
-    return static_cast<int>(static_cast<std::int32_t>(r));
 }
 
 }  // namespace quil

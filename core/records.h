@@ -4,14 +4,13 @@
 
 #include <array>
 
-#include "quil_linear/quil_linear.hpp"
-
 namespace quil {
 
-using Quil_linear::TargetArray;
+// The 24 joint targets of one sample, in the hand's slot order.
+using Targets = std::array<double, 24>;
 
 // The twelve glove readings x0..x11 of one sample, in argument order.
-struct InputAngles {
+struct Readings {
     std::array<double, 12> x;
     double operator[](int i) const { return x[i]; }
 };
@@ -22,29 +21,27 @@ struct PoseVector {
     double operator[](int j) const { return p[j]; }
 };
 
-// One hand's coefficient tables: the class's exported tables (what the C export reads, and a
-// host may rewrite) or the hand's published constants (what hand handles read).
+// One hand's coefficient tables: the compatibility class's exported tables (what the C export
+// reads, and a host may rewrite) or the hand's published constants (what hand handles read).
 struct Coefficients {
     const double* weight;  // 19 x 12, row-major, in hundredths
     const double* w0;      // 19 row offsets
 };
 
-// Where a hand with memory keeps it. The pointers may name the hand class's exported statics
-// (what the C export uses, shared by every caller) or the fields of a caller-owned HandMemory
-// (what tests and tools use, one per recorded session). A hand uses only the fields it has.
+// Where a hand with memory keeps it. The pointers may name the compatibility classes' exported
+// statics (what the C export uses, shared by every caller) or the fields of a caller-owned
+// HandMemory (what hand handles, tests and tools use). A hand uses only the fields it has.
 struct MemoryRef {
-    bool* fingerPinchDone;   // four latches: [0] index pinch, [1] middle pinch
-    double* thumb1_ref_val;  // thumb reference values, where the hand keeps them
-    double* thumb2_ref_val;
+    bool* pinch_latches;   // four latches: [0] index pinch, [1] middle pinch
+    double* thumb_references[2];  // thumb reference values, where the hand keeps them
 };
 
 // Caller-owned pinch memory: all latches open and references 0.0, as at library load.
 struct HandMemory {
-    bool fingerPinchDone[4] = {false, false, false, false};
-    double thumb1_ref_val = 0.0;
-    double thumb2_ref_val = 0.0;
+    bool pinch_latches[4] = {false, false, false, false};
+    double thumb_references[2] = {0.0, 0.0};
 
-    MemoryRef ref() { return MemoryRef{fingerPinchDone, &thumb1_ref_val, &thumb2_ref_val}; }
+    MemoryRef ref() { return MemoryRef{pinch_latches, {&thumb_references[0], &thumb_references[1]}}; }
 };
 
 }  // namespace quil

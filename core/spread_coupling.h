@@ -20,7 +20,7 @@ struct SpreadCaps {
     double little;
 };
 
-inline void cap_spreads(TargetArray& out, const SpreadCaps& caps) {
+inline void cap_spreads(Targets& out, const SpreadCaps& caps) {
     if (out[slot::index_spread] > caps.index) out[slot::index_spread] = caps.index;
     if (out[slot::ring_spread] > caps.ring) out[slot::ring_spread] = caps.ring;
     if (out[slot::little_spread] > caps.little) out[slot::little_spread] = caps.little;
@@ -28,7 +28,7 @@ inline void cap_spreads(TargetArray& out, const SpreadCaps& caps) {
 }
 
 // A wide little-finger spread (above 5) turns the thumb toward the palm, up to 35.
-inline void rotate_thumb_with_little_spread(TargetArray& out, double gain) {
+inline void rotate_thumb_with_little_spread(Targets& out, double gain) {
     if (out[slot::little_spread] > 5) {
         out[slot::thumb_abduction] = out[slot::thumb_abduction] + (out[slot::little_spread] - 5) * gain;
         if (out[slot::thumb_abduction] > 35) out[slot::thumb_abduction] = 35;
@@ -52,7 +52,7 @@ struct SpreadCoupling {
 };
 
 // Caps, the little-spread boost, closing with curl, then the middle spread from its neighbours.
-inline void couple_spreads(TargetArray& out, const SpreadCoupling& s) {
+inline void couple_spreads(Targets& out, const SpreadCoupling& s) {
     if (out[slot::index_spread] > s.index_cap) out[slot::index_spread] = s.index_cap;
     if (out[slot::ring_spread] > s.ring_cap) out[slot::ring_spread] = s.ring_cap;
     if (out[slot::little_spread] > s.little_cap) out[slot::little_spread] = s.little_cap;

@@ -37,7 +37,7 @@ struct ThumbSwingStop {
     double first_floor;  // thumb_proximal
     double base_floor;   // thumb_base
 
-    void apply(TargetArray& out) const {
+    void apply(Targets& out) const {
         if (out[slot::thumb_rotation] < swing_floor) {
             out[slot::thumb_rotation] = swing_floor;
             if (out[slot::thumb_proximal] < first_floor) out[slot::thumb_proximal] = first_floor;

@@ -5,11 +5,10 @@
 // with glove noise.
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/shared/blended_thumb_chain.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
@@ -35,7 +34,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, 0.0, 30.0, 0.0, 1.0, 1.0, 0.0, 1.0, 1.0, 0.0, 1.0, 1.0, 0.0, 1.0, 1.0, 0.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(AgiBot_OmniHand_O10, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(AgiBot_OmniHand_O10, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -55,7 +54,7 @@ constexpr ThresholdPair kThumbActive{-40.0f, -70.0f};
 constexpr double kIndexRelease[2] = {-28.69999885559082, -35.70000076293945};
 constexpr double kMiddleRelease[2] = {-30.799999237060547, -37.099998474121094};
 
-void floor_at(TargetArray& out, int slot, double limit) {
+void floor_at(Targets& out, int slot, double limit) {
     if (out[slot] < limit) out[slot] = limit;
 }
 
@@ -76,7 +75,7 @@ constexpr blended_thumb_chain::FistGains kFistGains{double(1.15f), double(0.7f)}
 // The RY_H15 joint chain with four changes of this hand's own: the rotation also leans on thumb
 // slots 1 and 2, it is not recomputed from the thumb spread, the index's proximal joint stops at
 // -100, and the middle finger locks at -90 like the index and ring.
-void joint_chain(TargetArray& out) {
+void joint_chain(Targets& out) {
     blended_thumb_chain::rotation_from_tip(out);
     // The rotation also leans on the thumb's proximal joint and tip directly.
     out[slot::thumb_abduction] = out[slot::thumb_abduction] * 0.3 - double(0.2f) * out[slot::thumb_distal] -
@@ -99,7 +98,7 @@ void joint_chain(TargetArray& out) {
 }
 
 // Index pinch: the index in its window, or thumb and index together far enough in.
-void index_pinch(TargetArray& out, bool& held) {
+void index_pinch(Targets& out, bool& held) {
     const bool in_window = index_in_band(out, kIndexActive);
     const bool reaching = index_reaches(out, kThumbActive, kIndexActive);
     if (!(out[slot::thumb_rotation] >= -20 && (in_window || reaching))) return;
@@ -119,7 +118,7 @@ void index_pinch(TargetArray& out, bool& held) {
 
 // Middle pinch: the middle finger bent with the little finger still open. Returns whether it
 // acted; the ring pinch is only tried when it did not.
-bool middle_pinch(TargetArray& out, bool& held) {
+bool middle_pinch(Targets& out, bool& held) {
     if (!(out[slot::middle_proximal] < -40 && out[slot::little_proximal] > -40)) return false;
     if (held) {
         out[slot::thumb_distal] = pinch_toward(out[slot::thumb_distal], -53, 0.5f, 10.0f);
@@ -138,7 +137,7 @@ bool middle_pinch(TargetArray& out, bool& held) {
 
 // The index and middle pinches run one after the other when both apply; the ring and little
 // pinches are not latched.
-void pinch_assist(TargetArray& out, bool* pinch_done) {
+void pinch_assist(Targets& out, bool* pinch_done) {
     if (!thumb_active(out, kThumbActive)) return;
     index_pinch(out, pinch_done[0]);
     const bool middle = middle_pinch(out, pinch_done[1]);
@@ -162,12 +161,12 @@ void pinch_assist(TargetArray& out, bool* pinch_done) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::AgiBot_OmniHand_O10(const InputAngles& in, const MemoryRef& memory, const Coefficients& tables) {
-    TargetArray out{};
+quil::Targets quil::hands::AgiBot_OmniHand_O10(const Readings& in, const MemoryRef& memory, const Coefficients& tables) {
+    Targets out{};
     const int k = run_linear_stage<kStandardRows>(in, Clamp::passes_nan, tables, out);
     if (zero_short_emission(k, out)) return out;
     joint_chain(out);
-    pinch_assist(out, memory.fingerPinchDone);
+    pinch_assist(out, memory.pinch_latches);
     // A little finger that bends with the middle and ring fingers closes further.
     if (out[slot::middle_proximal] <= -60 && out[slot::ring_proximal] <= -60 && out[slot::little_proximal] <= -15) {
         out[slot::little_proximal] = 3 * out[slot::little_proximal];
@@ -177,13 +176,3 @@ quil::TargetArray quil::hands::AgiBot_OmniHand_O10(const InputAngles& in, const 
     flip_thumb_and_index(out);
     return out;
 }
-
-// The pinch latches of the exported mapping live in the mapping itself, shared by every caller
-// for the life of the process.
-quil::TargetArray Quil_linear::AgiBot_OmniHand_O10::GetDataValue(QUIL_TWELVE_PARAMS) {
-    static bool fingerPinchDone[4] = {};
-    return quil::hands::AgiBot_OmniHand_O10(quil::make_inputs(QUIL_TWELVE_ARGS),
-                                            quil::MemoryRef{fingerPinchDone, nullptr, nullptr},
-                                            QUIL_CLASS_TABLES(AgiBot_OmniHand_O10));
-}
-QUIL_DEFINE_GET_DATA1(AgiBot_OmniHand_O10)

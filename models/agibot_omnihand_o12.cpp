@@ -1,15 +1,14 @@
 // AgiBot OmniHand O12: the common pose with banded curl gains, and four fixed pinch poses. When
 // the thumb is bent in far enough to meet a finger, the thumb and that finger jump to a
 // calibrated pinch pose instead of following the glove, so the pads meet squarely.
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/shared/banded_finger_chain.h"
 #include "models/shared/common_coefficients.h"
 
-QUIL_DEFINE_COEFFICIENTS(AgiBot_OmniHand_O12, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(AgiBot_OmniHand_O12, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
 // spreads.
@@ -26,7 +25,7 @@ constexpr ThresholdPair kIndexActive{-35.0f, -70.0f};
 // A thumb at or beyond its first bound on thumb_proximal, with thumb_distal not past its second bound, is
 // reaching for a finger; the bending finger decides which pinch pose is taken. A later pose
 // overwrites an earlier one in the same sample.
-void pinch_poses(TargetArray& out) {
+void pinch_poses(Targets& out) {
     if (!thumb_active(out, kThumbActive)) return;
     if (kIndexActive.within(out[slot::index_proximal])) {
         out[slot::thumb_base] = 0;
@@ -78,8 +77,8 @@ void pinch_poses(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::AgiBot_OmniHand_O12(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::AgiBot_OmniHand_O12(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     const int k = run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
     // A bent thumb lets its rotation go by 0.35 of the bend.
     banded_finger_chain::run(out, 0.35);
@@ -89,5 +88,3 @@ quil::TargetArray quil::hands::AgiBot_OmniHand_O12(const InputAngles& in, const 
     return out;
 }
 
-QUIL_DEFINE_GET_DATA_VALUE(AgiBot_OmniHand_O12)
-QUIL_DEFINE_GET_DATA1(AgiBot_OmniHand_O12)

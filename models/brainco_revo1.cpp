@@ -3,9 +3,8 @@
 // pose and a fist that closes the fingers together to the hand's end stop of -74.
 #include "core/curves.h"
 #include "core/finger_coupling.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
 #define HAND_WEIGHT {                                                                     \
@@ -30,7 +29,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, 0.0, 30.0, 0.0, 1.0, 2.0, 0.0, 1.0, 2.0, 0.0, 0.0, 2.0, 0.0, 0.0, 2.0, 0.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(BrainCo_Revo1, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(BrainCo_Revo1, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -64,8 +63,8 @@ inline double at_least(double v, double floor) { return v < floor ? floor : v; }
 
 }  // namespace
 
-quil::TargetArray quil::hands::BrainCo_Revo1(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::BrainCo_Revo1(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     if (out[slot::index_spread] > 25) out[slot::index_spread] = 25;
@@ -121,5 +120,3 @@ quil::TargetArray quil::hands::BrainCo_Revo1(const InputAngles& in, const Memory
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(BrainCo_Revo1)

@@ -5,11 +5,10 @@
 // The firmware tests the reading bounds itself, so a NaN reading is not caught: it saturates
 // every row sum to the integer floor and the rules then work on those values.
 #include "core/full_bend_lock.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/shared/thumb_finger_chain.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
@@ -35,7 +34,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, 0.0, 30.0, 0.0, 1.0, 2.0, 0.0, 1.0, 2.0, 0.0, 0.0, 2.0, 0.0, 0.0, 2.0, 0.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(BrainCo_Revo2, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(BrainCo_Revo2, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -64,11 +63,11 @@ using namespace quil;
 
 }  // namespace
 
-quil::TargetArray quil::hands::BrainCo_Revo2(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
+quil::Targets quil::hands::BrainCo_Revo2(const Readings& in, const MemoryRef&, const Coefficients& tables) {
     constexpr ThresholdPair thumb_active_threshold{-25.0f, -70.0f};
     constexpr ThresholdPair index_active_threshold{-40.0f, -70.0f};
 
-    TargetArray out;
+    Targets out;
     run_linear_stage<kStandardRows>(in, Clamp::passes_nan, tables, out);
 
     couple_thumb(out, ThumbSwingGains{double(0.3f), double(0.35f)});
@@ -116,4 +115,3 @@ quil::TargetArray quil::hands::BrainCo_Revo2(const InputAngles& in, const Memory
     return out;
 }
 
-QUIL_DEFINE_GET_DATA_VALUE(BrainCo_Revo2)

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cctype>
 
-#include "models/hands.h"
-
 namespace quil {
 
 namespace {
@@ -50,10 +48,10 @@ std::size_t edit_distance(std::string_view a, std::string_view b) {
 }  // namespace
 
 const HandModel kHandModels[kHandCount] = {
-#define QUIL_MODEL(hand, version, buffer, keeps_state)                                        \
+#define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) \
     {#hand, version, buffer, keeps_state != 0, &hands::hand, &hands::hand##_coefficients, \
      &hands::hand##_slots},
-#include "models/hand_list.h"
+#include "models/catalogue_list.h"
 #undef QUIL_MODEL
 };
 

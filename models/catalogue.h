@@ -1,5 +1,6 @@
-// The catalogue of hands: what the library knows of each hand, in catalogue order, expanded once
-// from models/hand_list.h. The C exports, the hand handles, the tests and the benchmarks all
+// The catalogue of hands, expanded from the list in models/catalogue_list.h: each hand's mapping
+// (one file per hand in models/) and the table of what the library knows of every hand, in
+// catalogue order. The hand handles, the compatibility layer, the tests and the benchmarks all
 // take their hands from here.
 #pragma once
 
@@ -9,11 +10,37 @@
 #include "core/records.h"
 #include "models/slot_layout.h"
 
+// The mapping of every hand: twelve glove readings, the hand's memory and its coefficient
+// tables in, 24 joint targets out. Hands without memory ignore `memory`; hands with memory read
+// and update only the fields they keep (see MemoryRef). Each hand's file also publishes its
+// constant coefficient tables and what it declares of its output slots (models/slot_layout.h).
+namespace quil::hands {
+
+#define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) \
+    extern const Coefficients hand##_coefficients;                              \
+    extern const SlotDeclaration hand##_slots;                                  \
+    Targets hand(const Readings& in, const MemoryRef& memory,                   \
+                 const Coefficients& tables = hand##_coefficients);
+#include "models/catalogue_list.h"
+#undef QUIL_MODEL
+
+}  // namespace quil::hands
+
+// Publishes a hand's coefficient tables, written once from the initialiser lists WEIGHT
+// (19 x 12) and W0 (19), as quil::hands::<Hand>_coefficients: constants, so a hand handle
+// answers as the hand was published whatever a host does to the compatibility class's tables.
+#define QUIL_PUBLISH_COEFFICIENTS(Hand, WEIGHT, W0)                                      \
+    namespace {                                                                          \
+    constexpr double kPublishedWeight[228] = WEIGHT;                                     \
+    constexpr double kPublishedW0[19] = W0;                                              \
+    }                                                                                    \
+    const quil::Coefficients quil::hands::Hand##_coefficients{kPublishedWeight, kPublishedW0};
+
 namespace quil {
 
 enum class BufferKind { per_call, persistent };
 
-using MapFn = TargetArray (*)(const InputAngles&, const MemoryRef&, const Coefficients&);
+using MapFn = Targets (*)(const Readings&, const MemoryRef&, const Coefficients&);
 
 struct HandModel {
     const char* name;                // class name and export prefix
@@ -26,8 +53,8 @@ struct HandModel {
 };
 
 inline constexpr std::size_t kHandCount = 0
-#define QUIL_MODEL(hand, version, buffer, keeps_state) +1
-#include "models/hand_list.h"
+#define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) +1
+#include "models/catalogue_list.h"
 #undef QUIL_MODEL
     ;
 

@@ -2,20 +2,18 @@
 // tip that keeps most of its own bend, and a four-finger pinch assist of its own. Index and
 // middle pinches hold once they have closed fully (core/held_pinch.h); ring and little pinches
 // act only while their trigger holds.
-#include "core/hand_class.h"
 #include "core/held_pinch.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/shared/blended_thumb_chain.h"
 #include "models/shared/common_coefficients.h"
 
-QUIL_DEFINE_COEFFICIENTS(CHOHO_Hand, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(CHOHO_Hand, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // Finger tips at 0.8 of their distal joints.
 const quil::SlotDeclaration quil::hands::CHOHO_Hand_slots = quil::kTipsAtEightTenths;
-bool Quil_linear::CHOHO_Hand::fingerPinchDone[4] = {};
 
 namespace {
 
@@ -38,7 +36,7 @@ constexpr blended_thumb_chain::FistGains kFistGains{1.15, 0.7};
 constexpr ThresholdPair thumb_active_threshold{-40.0f, -72.0f};
 constexpr ThresholdPair index_active_threshold{-40.0f, -75.0f};
 
-void pinch(TargetArray& out, bool* done) {
+void pinch(Targets& out, bool* done) {
     HeldPinch index{done[0]};
     HeldPinch middle{done[1]};
 
@@ -99,16 +97,15 @@ void pinch(TargetArray& out, bool* done) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::CHOHO_Hand(const InputAngles& in, const MemoryRef& memory, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::CHOHO_Hand(const Readings& in, const MemoryRef& memory, const Coefficients& tables) {
+    Targets out;
     if (zero_short_emission(blended_thumb_chain::run_rows(in, tables, out), out)) return out;
     blended_thumb_chain::thumb_and_fingers(out, kChain);
     blended_thumb_chain::fist_boost(out, kAlwaysBoost, kFistGains);
     blended_thumb_chain::distal_and_full_bend(out, /*lock_little=*/true);
-    pinch(out, memory.fingerPinchDone);
+    pinch(out, memory.pinch_latches);
     out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);
     return out;
 }
 
-QUIL_DEFINE_GET_DATA_VALUE_WITH_MEMORY(CHOHO_Hand, (quil::MemoryRef{Quil_linear::CHOHO_Hand::fingerPinchDone, nullptr, nullptr}))

@@ -7,9 +7,8 @@
 #include "core/curves.h"
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
 #define HAND_WEIGHT {                                                                     \
@@ -34,7 +33,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, -10.0, 30.0, 0.0, 2.0, 1.0, 0.0, 1.0, 1.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, -10.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(DexRobot_DexHand021_MP, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(DexRobot_DexHand021_MP, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -68,7 +67,7 @@ struct Condition {
     int slot;
     bool below;    // out[slot] < bound, else out[slot] > bound
     double bound;
-    bool holds(const TargetArray& out) const { return below ? out[slot] < bound : out[slot] > bound; }
+    bool holds(const Targets& out) const { return below ? out[slot] < bound : out[slot] > bound; }
 };
 struct Target {
     int slot;
@@ -177,7 +176,7 @@ constexpr PinchPose kPinchPoses[] = {
 // The thumb must have swung across the palm before any pinch pose is tried.
 constexpr double kPinchSwing = -35.0;
 
-void apply_pinch_poses(TargetArray& out) {
+void apply_pinch_poses(Targets& out) {
     if (!(out[slot::thumb_rotation] < kPinchSwing)) return;
     for (const PinchPose& pose : kPinchPoses) {
         bool all = true;
@@ -189,8 +188,8 @@ void apply_pinch_poses(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::DexRobot_DexHand021_MP(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::DexRobot_DexHand021_MP(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
 
     if (out[slot::thumb_base] < -78) out[slot::thumb_base] = -78;
@@ -246,4 +245,3 @@ quil::TargetArray quil::hands::DexRobot_DexHand021_MP(const InputAngles& in, con
     return out;
 }
 
-QUIL_DEFINE_GET_DATA_VALUE(DexRobot_DexHand021_MP)

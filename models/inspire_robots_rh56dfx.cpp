@@ -3,9 +3,8 @@
 // are doubled for the hand's wider joint range, and deep bends are stretched so the fist closes.
 #include "core/curves.h"
 #include "core/finger_coupling.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/shared/thumb_turning_spreads.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
@@ -31,7 +30,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, -10.0, 30.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, -10.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(INSPIRE_ROBOTS_RH56DFX, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(INSPIRE_ROBOTS_RH56DFX, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -60,8 +59,8 @@ constexpr ThumbTurningSpreads kSpreads{
 
 }  // namespace
 
-quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56DFX(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::INSPIRE_ROBOTS_RH56DFX(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     if (out[slot::thumb_proximal] < -60) out[slot::thumb_proximal] = -60;
@@ -103,4 +102,3 @@ quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56DFX(const InputAngles& in, con
     return out;
 }
 
-QUIL_DEFINE_GET_DATA_VALUE(INSPIRE_ROBOTS_RH56DFX)

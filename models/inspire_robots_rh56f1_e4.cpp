@@ -2,21 +2,18 @@
 // finger couplings for a hand whose ring and little fingers share drives, and pinch assists for
 // thumb-to-index and thumb-to-middle that latch: once a pinch has closed, the hand holds it
 // until the fingers open clearly, so sensor jitter at the pinch depth does not make it flutter.
-#include "core/hand_class.h"
 #include "core/held_pinch.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/shared/blended_thumb_chain.h"
 #include "models/shared/common_coefficients.h"
 
-QUIL_DEFINE_COEFFICIENTS(INSPIRE_ROBOTS_RH56F1_E4, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(INSPIRE_ROBOTS_RH56F1_E4, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // Finger tips at 0.8 of their distal joints.
 const quil::SlotDeclaration quil::hands::INSPIRE_ROBOTS_RH56F1_E4_slots = quil::kTipsAtEightTenths;
-bool Quil_linear::INSPIRE_ROBOTS_RH56F1_E4::fingerPinchDone[4] = {};
-double Quil_linear::INSPIRE_ROBOTS_RH56F1_E4::thumb1_ref_val = 0.0;
 
 namespace {
 
@@ -50,9 +47,9 @@ constexpr double kThumbReleaseBoth = double(-20.3f);
 constexpr int kIndex = 0;   // latch of the index pinch
 constexpr int kMiddle = 1;  // latch of the middle pinch
 
-void pinch(TargetArray& out, const MemoryRef& memory) {
-    bool* latch = memory.fingerPinchDone;
-    const double thumb_ref = *memory.thumb1_ref_val;
+void pinch(Targets& out, const MemoryRef& memory) {
+    bool* latch = memory.pinch_latches;
+    const double thumb_ref = *memory.thumb_references[0];
 
     const bool thumb_active = quil::thumb_active(out, kThumbActive);
     const bool index_in_band = quil::index_in_band(out, kIndexActive);
@@ -114,8 +111,8 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56F1_E4(const InputAngles& in, const MemoryRef& memory, const Coefficients& tables) {
-    TargetArray out{};
+quil::Targets quil::hands::INSPIRE_ROBOTS_RH56F1_E4(const Readings& in, const MemoryRef& memory, const Coefficients& tables) {
+    Targets out{};
     blended_thumb_chain::run_rows(in, tables, out);
     // The RY_H15 joint chain: thumb rotation, thumb bands, finger gains, a bent middle finger
     // dragging ring, little and index along (they share drives on this hand), thumb relief.
@@ -124,7 +121,7 @@ quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56F1_E4(const InputAngles& in, c
     // While the thumb is not rotated far across the palm, remember where its tip was, then
     // damp the tip.
     if (out[slot::thumb_abduction] <= 23) {
-        *memory.thumb1_ref_val = out[slot::thumb_distal];
+        *memory.thumb_references[0] = out[slot::thumb_distal];
         out[slot::thumb_distal] = double(0.1f) * out[slot::thumb_distal];
     }
     blended_thumb_chain::distal_and_full_bend(out, /*lock_little=*/true);
@@ -134,4 +131,3 @@ quil::TargetArray quil::hands::INSPIRE_ROBOTS_RH56F1_E4(const InputAngles& in, c
     return out;
 }
 
-QUIL_DEFINE_GET_DATA_VALUE_WITH_MEMORY(INSPIRE_ROBOTS_RH56F1_E4, (quil::MemoryRef{Quil_linear::INSPIRE_ROBOTS_RH56F1_E4::fingerPinchDone, &Quil_linear::INSPIRE_ROBOTS_RH56F1_E4::thumb1_ref_val, nullptr}))

@@ -1,13 +1,12 @@
 // LeadShine DH116: derived from the AgiBot O12 mapping. Its thumb rotation gives back less as
 // the thumb bends, and it has only two pinch poses, index and middle, which move just the thumb
 // slots 2 and 3 and the bending finger: the rest of the thumb keeps following the glove.
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/shared/banded_finger_chain.h"
 #include "models/shared/common_coefficients.h"
 
-QUIL_DEFINE_COEFFICIENTS(LeadShine_DH116, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(LeadShine_DH116, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
 // spreads.
@@ -19,7 +18,7 @@ namespace {
 using namespace quil;
 
 // The DH116's pinch window is wider than the O12's: a thumb at -30 on thumb_proximal already reaches.
-void pinch_poses(TargetArray& out) {
+void pinch_poses(Targets& out) {
     if (!(out[slot::thumb_proximal] <= -30 && out[slot::thumb_distal] >= -80)) return;
     if (out[slot::index_proximal] <= -30 && out[slot::index_proximal] >= -80) {
         out[slot::thumb_distal] = -40;
@@ -36,8 +35,8 @@ void pinch_poses(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::LeadShine_DH116(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::LeadShine_DH116(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     const int k = run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
     // A bent thumb lets its rotation go by only 0.15 of the bend.
     banded_finger_chain::run(out, 0.15);
@@ -47,5 +46,3 @@ quil::TargetArray quil::hands::LeadShine_DH116(const InputAngles& in, const Memo
     return out;
 }
 
-QUIL_DEFINE_GET_DATA_VALUE(LeadShine_DH116)
-QUIL_DEFINE_GET_DATA1(LeadShine_DH116)

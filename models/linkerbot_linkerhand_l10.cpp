@@ -8,11 +8,10 @@
 // every row sum to the integer floor and the rules then work on those values.
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/shared/thumb_finger_chain.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
@@ -38,7 +37,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, 0.0, 30.0, 0.0, 1.0, 2.0, 0.0, 1.0, 2.0, 0.0, 0.0, 2.0, 0.0, 0.0, 2.0, 0.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(LINKERBOT_LinkerHand_L10, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(LINKERBOT_LinkerHand_L10, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -49,12 +48,12 @@ namespace {
 using namespace quil;
 }  // namespace
 
-quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L10(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
+quil::Targets quil::hands::LINKERBOT_LinkerHand_L10(const Readings& in, const MemoryRef&, const Coefficients& tables) {
     constexpr ThresholdPair thumb_active_threshold{-40.0f, -70.0f};
     constexpr ThresholdPair index_active_threshold{-40.0f, -75.0f};
 
     // The rules below address every slot up to 22: a short emission sends all zeros.
-    TargetArray out;
+    Targets out;
     const int k = run_linear_stage<kStandardRows>(in, Clamp::passes_nan, tables, out);
     if (zero_short_emission(k, out)) return out;
 
@@ -120,4 +119,3 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L10(const InputAngles& in, c
     return out;
 }
 
-QUIL_DEFINE_GET_DATA_VALUE(LINKERBOT_LinkerHand_L10)

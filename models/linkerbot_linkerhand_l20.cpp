@@ -5,10 +5,9 @@
 // full fist locks every finger joint closed.
 #include "core/curves.h"
 #include "core/finger_coupling.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/spread_coupling.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/shared/wide_linkage_curves.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
@@ -34,7 +33,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, 0.0, 30.0, 0.0, 1.0, 2.0, 0.0, 1.0, 2.0, 0.0, 1.0, 2.0, 0.0, 1.0, 2.0, 0.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(LINKERBOT_LinkerHand_L20, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(LINKERBOT_LinkerHand_L20, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -81,7 +80,7 @@ struct PinchPose {
 constexpr Gate bent(int slot, double bound = -40) { return Gate{slot, true, bound}; }
 constexpr Gate open(int slot, double bound = -40) { return Gate{slot, false, bound}; }
 
-bool holds(const TargetArray& out, const Gate& g) { return g.below ? out[g.slot] < g.bound : out[g.slot] > g.bound; }
+bool holds(const Targets& out, const Gate& g) { return g.below ? out[g.slot] < g.bound : out[g.slot] > g.bound; }
 
 // In precedence order: each pose leaves values that fail the gates of the later ones.
 constexpr PinchPose kPinchPoses[] = {
@@ -182,13 +181,13 @@ constexpr PinchPose kPinchPoses[] = {
      6},
 };
 
-bool matches(const TargetArray& out, const PinchPose& pose) {
+bool matches(const Targets& out, const PinchPose& pose) {
     for (int n = 0; n < pose.gate_count; ++n)
         if (!holds(out, pose.gates[n])) return false;
     return true;
 }
 
-void apply_pinch_poses(TargetArray& out) {
+void apply_pinch_poses(Targets& out) {
     for (const PinchPose& pose : kPinchPoses)
         if (matches(out, pose))
             for (int n = 0; n < pose.target_count; ++n) out[pose.targets[n].slot] = pose.targets[n].value;
@@ -196,8 +195,8 @@ void apply_pinch_poses(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L20(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::LINKERBOT_LinkerHand_L20(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
 
     cap_spreads(out, SpreadCaps{30, 15, 30});
@@ -259,4 +258,3 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_L20(const InputAngles& in, c
     return out;
 }
 
-QUIL_DEFINE_GET_DATA_VALUE(LINKERBOT_LinkerHand_L20)

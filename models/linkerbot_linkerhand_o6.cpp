@@ -5,13 +5,12 @@
 #include "core/curves.h"
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/thumb_coupling.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/shared/common_coefficients.h"
 
-QUIL_DEFINE_COEFFICIENTS(LINKERBOT_LinkerHand_O6, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(LINKERBOT_LinkerHand_O6, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
 // spreads.
@@ -45,7 +44,7 @@ void shape(double& v, const Curve3& curve, double floor) {
 // Pinch assist: with the thumb bent toward the palm, a finger already near the thumb is put on
 // its pinch target. The pinch rotation is set negative, so after the final mirror it comes out
 // positive where an unpinched rotation comes out negative.
-void pinch_assist(TargetArray& out) {
+void pinch_assist(Targets& out) {
     if (!(out[slot::thumb_proximal] <= -30 && out[slot::thumb_distal] >= -70)) return;
     if (out[slot::index_proximal] <= -30 && out[slot::index_proximal] >= -70) {
         out[slot::thumb_distal] = -33;
@@ -61,8 +60,8 @@ void pinch_assist(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O6(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::LINKERBOT_LinkerHand_O6(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
 
     kRotation.apply(out[slot::thumb_abduction], out[slot::thumb_distal]);
@@ -104,4 +103,3 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O6(const InputAngles& in, co
     return out;
 }
 
-QUIL_DEFINE_GET_DATA_VALUE(LINKERBOT_LinkerHand_O6)

@@ -6,15 +6,14 @@
 #include "core/curves.h"
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
 #include "core/thumb_coupling.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/shared/common_coefficients.h"
 
-QUIL_DEFINE_COEFFICIENTS(LINKERBOT_LinkerHand_O7, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(LINKERBOT_LinkerHand_O7, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // The finger tips keep the unshaped row, so they are joints of their own; the thumb tip follows the
 // thumb's proximal joint at 0.9.
@@ -49,7 +48,7 @@ constexpr ThresholdPair index_active_threshold{-40.0f, -75.0f};  // the index ba
 // In a pinch the thumb tip is scaled by a gain but floored at the pinch depth, and thumb_rotation and
 // thumb_abduction go to the pinching finger's fixed targets. The finger is held no deeper than its own
 // pinch depth.
-void pinch_assist(TargetArray& out) {
+void pinch_assist(Targets& out) {
     if (!thumb_active(out, thumb_active_threshold)) return;
 
     // Index: inside its band, or close enough that thumb and index together reach the pinch.
@@ -87,8 +86,8 @@ void pinch_assist(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O7(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::LINKERBOT_LinkerHand_O7(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     out.fill(0.0);
     run_linear_stage<kStandardRows>(in, Clamp::passes_nan, tables, out);
 
@@ -146,4 +145,3 @@ quil::TargetArray quil::hands::LINKERBOT_LinkerHand_O7(const InputAngles& in, co
     return out;
 }
 
-QUIL_DEFINE_GET_DATA_VALUE(LINKERBOT_LinkerHand_O7)

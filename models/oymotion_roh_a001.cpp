@@ -4,9 +4,8 @@
 // past a knee so the fist closes.
 #include "core/curves.h"
 #include "core/finger_coupling.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/shared/thumb_turning_spreads.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
@@ -32,7 +31,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, -10.0, 30.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, -10.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(OYMotion_ROH_A001, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(OYMotion_ROH_A001, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -89,8 +88,8 @@ const quil::SlotDeclaration quil::hands::OYMotion_ROH_A001_slots = quil::kTipsAt
     .plus(quil::middle_spread_between(0.24, 0.32))
     .plus(kRotationFromTipBands);
 
-quil::TargetArray quil::hands::OYMotion_ROH_A001(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::OYMotion_ROH_A001(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     if (out[slot::thumb_base] < -60) out[slot::thumb_base] = -60;
@@ -122,4 +121,3 @@ quil::TargetArray quil::hands::OYMotion_ROH_A001(const InputAngles& in, const Me
     return out;
 }
 
-QUIL_DEFINE_GET_DATA_VALUE(OYMotion_ROH_A001)

@@ -6,13 +6,12 @@
 // pair is the doubly written row, the slot before it the distal joint.
 #include "core/curves.h"
 #include "core/finger_coupling.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/shared/common_coefficients.h"
 #include "models/shared/wide_linkage_curves.h"
 
-QUIL_DEFINE_COEFFICIENTS(PaXini_DexH13_GEN2, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(PaXini_DexH13_GEN2, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
 // spreads.
@@ -105,7 +104,7 @@ constexpr ContactPose kContactPoses[] = {
       {-1, 0}}},
 };
 
-void apply_contact_poses(TargetArray& out) {
+void apply_contact_poses(Targets& out) {
     for (const ContactPose& pose : kContactPoses) {
         bool match = true;
         for (int f = 0; f < 4; ++f) match = match && finger_is(out[kProximalSlot[f]], pose.finger[f]);
@@ -119,8 +118,8 @@ void apply_contact_poses(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::PaXini_DexH13_GEN2(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::PaXini_DexH13_GEN2(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
 
     if (out[slot::index_spread] > 30) out[slot::index_spread] = 30;
@@ -187,4 +186,3 @@ quil::TargetArray quil::hands::PaXini_DexH13_GEN2(const InputAngles& in, const M
     return out;
 }
 
-QUIL_DEFINE_GET_DATA_VALUE(PaXini_DexH13_GEN2)

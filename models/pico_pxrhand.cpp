@@ -3,10 +3,9 @@
 // slot reports which of them was recognised (a gesture code) to the host.
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/spread_coupling.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/shared/wide_linkage.h"
 #include "models/shared/wide_linkage_curves.h"
 
@@ -33,7 +32,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, -10.0, 30.0, 0.0, 1.0, 1.0, 0.0, 1.0, 1.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, -20.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(PICO_PXRHand, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(PICO_PXRHand, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -82,8 +81,8 @@ constexpr double kFistGesture = 2.0;
 
 }  // namespace
 
-quil::TargetArray quil::hands::PICO_PXRHand(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::PICO_PXRHand(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     const int k = run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     bend_thumb_tip(out, kThumbTip);
@@ -147,5 +146,3 @@ quil::TargetArray quil::hands::PICO_PXRHand(const InputAngles& in, const MemoryR
     return out;
 }
 
-QUIL_DEFINE_GET_DATA_VALUE(PICO_PXRHand)
-QUIL_DEFINE_GET_DATA1(PICO_PXRHand)

@@ -6,13 +6,12 @@
 #include "core/curves.h"
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/quil_linear_ag_coefficients.h"
 #include "models/shared/wide_linkage_curves.h"
 
-QUIL_DEFINE_COEFFICIENTS(Proception, QUIL_AG_WEIGHT, QUIL_AG_W0)
+QUIL_PUBLISH_COEFFICIENTS(Proception, QUIL_AG_WEIGHT, QUIL_AG_W0)
 
 // Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
 // spreads.
@@ -57,8 +56,8 @@ bool gate(double v, int side, double at) { return side == 0 || (side > 0 ? v > a
 
 }  // namespace
 
-quil::TargetArray quil::hands::Proception(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::Proception(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     if (out[slot::index_spread] > 30) out[slot::index_spread] = 30;
@@ -199,5 +198,3 @@ quil::TargetArray quil::hands::Proception(const InputAngles& in, const MemoryRef
     return out;
 }
 
-QUIL_DEFINE_GET_DATA_VALUE(Proception)
-QUIL_DEFINE_GET_DATA1(Proception)

@@ -2,9 +2,8 @@
 // limits, the thumb's first joint pulled along by the thumb rotation, and the distal joints of
 // each finger slaved at 0.8 of the proximal ones.
 #include "core/finger_coupling.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
 #define HAND_WEIGHT {                                                                     \
@@ -29,7 +28,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, 0.0, -15.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, -10.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(QUIL_linear_AA, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(QUIL_linear_AA, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -53,8 +52,8 @@ constexpr RowRules kRows = RowRules{}
 
 }  // namespace
 
-quil::TargetArray quil::hands::QUIL_linear_AA(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::QUIL_linear_AA(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     // Thumb rotation drags the thumb's first joint along.
@@ -90,6 +89,3 @@ quil::TargetArray quil::hands::QUIL_linear_AA(const InputAngles& in, const Memor
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(QUIL_linear_AA)
-QUIL_DEFINE_GET_DATA1(QUIL_linear_AA)

@@ -3,9 +3,8 @@
 // (0.76 * v + 13) so a relaxed finger rests slightly open, and the second thumb value keeps its
 // own row.
 #include "core/finger_coupling.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
 #define HAND_WEIGHT {                                                                     \
@@ -30,7 +29,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, -10.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(QUIL_linear_AD, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(QUIL_linear_AD, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -57,8 +56,8 @@ constexpr RowRules kRows = RowRules{}
 
 }  // namespace
 
-quil::TargetArray quil::hands::QUIL_linear_AD(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::QUIL_linear_AD(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     if (out[slot::index_spread] > 25) out[slot::index_spread] = 25;
@@ -94,6 +93,3 @@ quil::TargetArray quil::hands::QUIL_linear_AD(const InputAngles& in, const Memor
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(QUIL_linear_AD)
-QUIL_DEFINE_GET_DATA1(QUIL_linear_AD)

@@ -2,9 +2,8 @@
 // (an open tip rotates the thumb in, a deeply bent one out, with a dead band between -20 and
 // -10), and a bent little finger closes the little finger's spread.
 #include "core/finger_coupling.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 
 // Rows p0..p18, columns x0..x11, in hundredths.
 #define HAND_WEIGHT {                                                                     \
@@ -29,7 +28,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, 0.0, 30.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, -10.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(QUIL_linear_AE, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(QUIL_linear_AE, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -75,8 +74,8 @@ constexpr RowRules kRows = RowRules{}
 
 }  // namespace
 
-quil::TargetArray quil::hands::QUIL_linear_AE(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::QUIL_linear_AE(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     // Thumb rotation from the thumb tip, read before the tip's own clamp.
@@ -115,6 +114,3 @@ quil::TargetArray quil::hands::QUIL_linear_AE(const InputAngles& in, const Memor
     flip_thumb_and_index(out);
     return out;
 }
-
-QUIL_DEFINE_GET_DATA_VALUE(QUIL_linear_AE)
-QUIL_DEFINE_GET_DATA1(QUIL_linear_AE)

@@ -6,9 +6,8 @@
 
 #include "core/finger_coupling.h"
 #include "core/full_bend_lock.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/shared/thumb_turning_spreads.h"
 #include "models/shared/wide_linkage.h"
 #include "models/shared/wide_linkage_curves.h"
@@ -36,7 +35,7 @@
        0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,    0.0,  /* p18 */ \
 }
 #define HAND_W0 {0.0, 0.0, -10.0, 30.0, 0.0, 1.0, 1.0, 0.0, 1.0, 1.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0}
-QUIL_DEFINE_COEFFICIENTS(ROBOTERA_XHAND1, HAND_WEIGHT, HAND_W0)
+QUIL_PUBLISH_COEFFICIENTS(ROBOTERA_XHAND1, HAND_WEIGHT, HAND_W0)
 #undef HAND_WEIGHT
 #undef HAND_W0
 
@@ -91,8 +90,8 @@ double curl_toward(double v, int limit, float gain) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::ROBOTERA_XHAND1(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::ROBOTERA_XHAND1(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     const int k = run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
     bend_thumb_tip(out, kThumbTip);
@@ -199,5 +198,3 @@ quil::TargetArray quil::hands::ROBOTERA_XHAND1(const InputAngles& in, const Memo
     return out;
 }
 
-QUIL_DEFINE_GET_DATA_VALUE(ROBOTERA_XHAND1)
-QUIL_DEFINE_GET_DATA1(ROBOTERA_XHAND1)

@@ -2,19 +2,17 @@
 // and a thumb-to-index / thumb-to-middle pinch assist that remembers a completed pinch. The
 // first time a pinch comes close it is approached gently; once it has closed fully the latch
 // holds, and later samples pull harder to keep the pads together.
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/shared/blended_thumb_chain.h"
 #include "models/shared/common_coefficients.h"
 
-QUIL_DEFINE_COEFFICIENTS(RUIYAN_RY_H15, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(RUIYAN_RY_H15, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // Finger tips at 0.8 of their distal joints.
 const quil::SlotDeclaration quil::hands::RUIYAN_RY_H15_slots = quil::kTipsAtEightTenths;
-bool Quil_linear::RUIYAN_RY_H15::fingerPinchDone[4] = {};
 
 namespace {
 
@@ -36,8 +34,8 @@ constexpr blended_thumb_chain::FistGains kFistGains{1.15, 0.7};
 constexpr ThresholdPair thumb_active_threshold{-30.0f, -70.0f};
 constexpr ThresholdPair index_active_threshold{-30.0f, -75.0f};
 
-// The pinch assist: index first, then middle, each with its latch in fingerPinchDone[0] and [1].
-void pinch(TargetArray& out, bool* done) {
+// The pinch assist: index first, then middle, each with its latch in pinch_latches[0] and [1].
+void pinch(Targets& out, bool* done) {
     if (!thumb_active(out, thumb_active_threshold)) return;
 
     const bool index_close = out[slot::index_proximal] <= double(index_active_threshold.at_or_below) ||
@@ -81,17 +79,15 @@ void pinch(TargetArray& out, bool* done) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::RUIYAN_RY_H15(const InputAngles& in, const MemoryRef& memory, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::RUIYAN_RY_H15(const Readings& in, const MemoryRef& memory, const Coefficients& tables) {
+    Targets out;
     if (zero_short_emission(blended_thumb_chain::run_rows(in, tables, out), out)) return out;
     blended_thumb_chain::thumb_and_fingers(out, kChain);
     blended_thumb_chain::fist_boost(out, kAlwaysBoost, kFistGains);
     blended_thumb_chain::distal_and_full_bend(out, /*lock_little=*/true);
-    pinch(out, memory.fingerPinchDone);
+    pinch(out, memory.pinch_latches);
     out[slot::terminator] = -1.0;
     flip_thumb_and_index(out);
     return out;
 }
 
-QUIL_DEFINE_GET_DATA_VALUE_WITH_MEMORY(RUIYAN_RY_H15, (quil::MemoryRef{Quil_linear::RUIYAN_RY_H15::fingerPinchDone, nullptr, nullptr}))
-QUIL_DEFINE_GET_DATA1(RUIYAN_RY_H15)

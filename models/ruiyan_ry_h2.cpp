@@ -3,13 +3,12 @@
 // pinch poses that set only the thumb's slots 2 and 3 and the bending finger, leaving the rest
 // to the glove.
 #include "core/curves.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/shared/banded_finger_chain.h"
 #include "models/shared/common_coefficients.h"
 
-QUIL_DEFINE_COEFFICIENTS(RUIYAN_RY_H2, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(RUIYAN_RY_H2, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
 // spreads.
@@ -42,7 +41,7 @@ constexpr banded_finger_chain::Bands kBands{
     },
 };
 
-void joint_chain(TargetArray& out) {
+void joint_chain(Targets& out) {
     // The rotation follows the thumb tip both ways; at exactly -10 the lower branch still
     // rescales it.
     if (out[slot::thumb_distal] > -10) {
@@ -61,7 +60,7 @@ void joint_chain(TargetArray& out) {
 // With the thumb reaching (thumb_proximal at or below -40, thumb_distal not below -75), the bending finger
 // picks the pose. An index pose leaves index_proximal at -43, which shuts out the others;
 // ring_proximal at exactly -30 is neither a ring nor a little pinch.
-void pinch_poses(TargetArray& out) {
+void pinch_poses(Targets& out) {
     if (!(out[slot::thumb_proximal] <= -40 && out[slot::thumb_distal] >= -75)) return;
     if (out[slot::index_proximal] <= -35 && out[slot::index_proximal] >= -70) {
         out[slot::thumb_distal] = -26;
@@ -91,8 +90,8 @@ void pinch_poses(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::RUIYAN_RY_H2(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::RUIYAN_RY_H2(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     const int k = run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
     joint_chain(out);
     pinch_poses(out);
@@ -101,5 +100,3 @@ quil::TargetArray quil::hands::RUIYAN_RY_H2(const InputAngles& in, const MemoryR
     return out;
 }
 
-QUIL_DEFINE_GET_DATA_VALUE(RUIYAN_RY_H2)
-QUIL_DEFINE_GET_DATA1(RUIYAN_RY_H2)

@@ -3,14 +3,13 @@
 // middle, ring or little) that take over while the thumb base is half bent. Nothing is kept
 // between samples.
 #include "core/curves.h"
-#include "core/hand_class.h"
 #include "core/linear_stage.h"
 #include "core/spread_coupling.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/shared/banded_finger_chain.h"
 #include "models/shared/common_coefficients.h"
 
-QUIL_DEFINE_COEFFICIENTS(TalentRobot_Pro, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(TalentRobot_Pro, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // Finger tips at 0.8 of their distal joints and the middle spread set between the index and ring
 // spreads.
@@ -30,7 +29,7 @@ struct PinchPose {
     double finger[3];
 };
 
-void apply(TargetArray& out, const PinchPose& p) {
+void apply(Targets& out, const PinchPose& p) {
     out[slot::thumb_base] = p.roll;
     out[slot::thumb_proximal] = p.base;
     out[slot::thumb_distal] = p.tip;
@@ -58,7 +57,7 @@ constexpr PinchPose kLittlePinch{0, -53, 30, -45, 22, slot::little_tip, {-38, -3
 // With the thumb base half bent, the finger that is bent (and the others straight) picks the
 // pinch pose. A fired index pose leaves the index at -61, which shuts out the others; a ring
 // pose leaves the ring at -79, which shuts out the little pose.
-void pinch_poses(TargetArray& out) {
+void pinch_poses(Targets& out) {
     if (!(out[slot::thumb_proximal] <= -45 && out[slot::thumb_proximal] >= -65)) return;
     if (out[slot::index_proximal] <= -40 && out[slot::index_proximal] >= -65) apply(out, kIndexPinch);
     if (out[slot::index_proximal] > -40 && out[slot::middle_proximal] < -40 && out[slot::little_proximal] > -40) {
@@ -75,8 +74,8 @@ void pinch_poses(TargetArray& out) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::TalentRobot_Pro(const InputAngles& in, const MemoryRef&, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::TalentRobot_Pro(const Readings& in, const MemoryRef&, const Coefficients& tables) {
+    Targets out;
     const int k = run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
 
     // The little finger's spread turns the thumb before the spread itself is limited.
@@ -145,5 +144,3 @@ quil::TargetArray quil::hands::TalentRobot_Pro(const InputAngles& in, const Memo
     return out;
 }
 
-QUIL_DEFINE_GET_DATA_VALUE(TalentRobot_Pro)
-QUIL_DEFINE_GET_DATA1(TalentRobot_Pro)

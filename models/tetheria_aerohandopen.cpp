@@ -6,22 +6,18 @@
 // they have closed fully (core/held_pinch.h).
 #include <cmath>
 
-#include "core/hand_class.h"
 #include "core/held_pinch.h"
 #include "core/linear_stage.h"
 #include "core/pinch.h"
 #include "core/pinch_gates.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 #include "models/shared/blended_thumb_chain.h"
 #include "models/shared/common_coefficients.h"
 
-QUIL_DEFINE_COEFFICIENTS(TetherIA_AeroHandOpen, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
+QUIL_PUBLISH_COEFFICIENTS(TetherIA_AeroHandOpen, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
 // Finger tips at 0.8 of their distal joints.
 const quil::SlotDeclaration quil::hands::TetherIA_AeroHandOpen_slots = quil::kTipsAtEightTenths;
-bool Quil_linear::TetherIA_AeroHandOpen::fingerPinchDone[4] = {};
-double Quil_linear::TetherIA_AeroHandOpen::thumb1_ref_val = 0.0;
-double Quil_linear::TetherIA_AeroHandOpen::thumb2_ref_val = 0.0;
 
 namespace {
 
@@ -55,9 +51,9 @@ double pinch_ease(double v, int limit) {
 }
 
 // The thumb is scaled down by the palm opening; the unscaled thumb is kept for the pinches.
-void scale_thumb(TargetArray& out, const MemoryRef& memory) {
-    *memory.thumb1_ref_val = out[slot::thumb_distal];
-    *memory.thumb2_ref_val = out[slot::thumb_proximal];
+void scale_thumb(Targets& out, const MemoryRef& memory) {
+    *memory.thumb_references[0] = out[slot::thumb_distal];
+    *memory.thumb_references[1] = out[slot::thumb_proximal];
     if (out[slot::thumb_abduction] <= 22) {
         out[slot::thumb_distal] = 0.3 * out[slot::thumb_distal];
         out[slot::thumb_proximal] = 0.3 * out[slot::thumb_proximal];
@@ -67,18 +63,18 @@ void scale_thumb(TargetArray& out, const MemoryRef& memory) {
     }
 }
 
-void restore_thumb(TargetArray& out, const MemoryRef& memory) {
-    out[slot::thumb_distal] = *memory.thumb1_ref_val;
-    out[slot::thumb_proximal] = *memory.thumb2_ref_val;
+void restore_thumb(Targets& out, const MemoryRef& memory) {
+    out[slot::thumb_distal] = *memory.thumb_references[0];
+    out[slot::thumb_proximal] = *memory.thumb_references[1];
 }
 
-void pinch(TargetArray& out, const MemoryRef& memory) {
-    HeldPinch index{memory.fingerPinchDone[0]};
-    HeldPinch middle{memory.fingerPinchDone[1]};
+void pinch(Targets& out, const MemoryRef& memory) {
+    HeldPinch index{memory.pinch_latches[0]};
+    HeldPinch middle{memory.pinch_latches[1]};
 
     // The thumb counts as active when either its unscaled or its scaled base is bent enough.
     const double thumb_bent = thumb_active_threshold.at_or_below;
-    const bool thumb_active = (*memory.thumb2_ref_val <= thumb_bent || out[slot::thumb_proximal] <= thumb_bent) &&
+    const bool thumb_active = (*memory.thumb_references[1] <= thumb_bent || out[slot::thumb_proximal] <= thumb_bent) &&
                               out[slot::thumb_distal] >= double(thumb_active_threshold.at_or_above);
     const bool index_in_band = quil::index_in_band(out, index_active_threshold);
     const bool index_near_thumb = index_reaches(out, thumb_active_threshold, index_active_threshold) &&
@@ -151,8 +147,8 @@ void pinch(TargetArray& out, const MemoryRef& memory) {
 
 }  // namespace
 
-quil::TargetArray quil::hands::TetherIA_AeroHandOpen(const InputAngles& in, const MemoryRef& memory, const Coefficients& tables) {
-    TargetArray out;
+quil::Targets quil::hands::TetherIA_AeroHandOpen(const Readings& in, const MemoryRef& memory, const Coefficients& tables) {
+    Targets out;
     if (zero_short_emission(blended_thumb_chain::run_rows(in, tables, out), out)) return out;
     blended_thumb_chain::thumb_and_fingers(out, kChain);
     // The thumb roll is not driven, except on a fist.
@@ -167,4 +163,3 @@ quil::TargetArray quil::hands::TetherIA_AeroHandOpen(const InputAngles& in, cons
     return out;
 }
 
-QUIL_DEFINE_GET_DATA_VALUE_WITH_MEMORY(TetherIA_AeroHandOpen, (quil::MemoryRef{Quil_linear::TetherIA_AeroHandOpen::fingerPinchDone, &Quil_linear::TetherIA_AeroHandOpen::thumb1_ref_val, &Quil_linear::TetherIA_AeroHandOpen::thumb2_ref_val}))

@@ -17,8 +17,8 @@ double common_weight[228] = QUIL_COMMON_WEIGHT;
 double common_w0[19] = QUIL_COMMON_W0;
 const Coefficients kCommon{common_weight, common_w0};
 
-InputAngles only(int i, double v) {
-    InputAngles in{};
+Readings only(int i, double v) {
+    Readings in{};
     in.x[i] = v;
     return in;
 }
@@ -65,9 +65,9 @@ TEST(PoseRows, QuantiseTowardZeroInTenths) {
 }
 
 TEST(PoseRows, AllZeroInputsGiveOffsetsAndWeightlessRowsIgnoreInputs) {
-    const PoseVector zero = linear_pose(kCommon, InputAngles{});
+    const PoseVector zero = linear_pose(kCommon, Readings{});
     for (int j = 0; j < 19; ++j) EXPECT_EQ(zero[j], common_w0[j]) << j;
-    InputAngles busy{};
+    Readings busy{};
     for (int i = 0; i < 12; ++i) busy.x[i] = 17.3 * (i + 1);
     EXPECT_EQ(linear_pose(kCommon, busy)[3], 30.0);
 }
@@ -87,7 +87,7 @@ TEST(Emission, LimitsInOrderAndDoubledRows) {
     p.p[1] = -95.0;
     p.p[4] = -130.0;
     p.p[7] = 3.0;
-    TargetArray out{};
+    Targets out{};
     EXPECT_EQ(emit_rows(p, rules, out), 23);
     EXPECT_EQ(out[0], 0.0);
     EXPECT_EQ(out[1], -90.0);
@@ -98,20 +98,13 @@ TEST(Emission, LimitsInOrderAndDoubledRows) {
 }
 
 TEST(SignFlip, FlipsTheSignBitEvenOfZero) {
-    TargetArray out{};
+    Targets out{};
     out[7] = 2.5;
     flip_thumb_and_index(out);
     EXPECT_TRUE(std::signbit(out[3]));
     EXPECT_EQ(out[7], -2.5);
     EXPECT_TRUE(std::signbit(out[20]));
     EXPECT_FALSE(std::signbit(out[4]));
-}
-
-TEST(GetData1, WrapsIn32Bits) {
-    EXPECT_EQ(get_data1(3, 4), 22);
-    EXPECT_EQ(get_data1(0, 5), -2);
-    EXPECT_EQ(get_data1(65536, 32768), -2);
-    EXPECT_EQ(get_data1(-3, 4), -26);
 }
 
 }  // namespace

@@ -72,7 +72,7 @@ TEST(LittleSpread, NarrowScaledWideLiftedAndCapped) {
 // a full emission is left as it is.
 TEST(ShortEmission, ZeroesEveryTargetOnlyWhenShort) {
     for (int emitted : {0, 19, 22, 23, 24}) {
-        TargetArray out;
+        Targets out;
         out.fill(-7.5);
         const bool zeroed = zero_short_emission(emitted, out);
         EXPECT_EQ(emitted <= 22, zeroed) << emitted;

@@ -9,7 +9,7 @@
 #include <limits>
 
 #include "core/records.h"
-#include "models/hands.h"
+#include "models/catalogue.h"
 
 namespace quil::test {
 
@@ -27,14 +27,14 @@ inline std::uint64_t bits(double v) {
     EXPECT_EQ(::quil::test::bits(expected), ::quil::test::bits(actual)) << "expected " << (expected) << " got " << (actual)
 
 // Inputs all zero except those named: with({{3, 90.0}, {6, 45.0}}).
-inline InputAngles with(std::initializer_list<std::pair<int, double>> set) {
-    InputAngles in{};
+inline Readings with(std::initializer_list<std::pair<int, double>> set) {
+    Readings in{};
     for (const auto& [i, v] : set) in.x[i] = v;
     return in;
 }
 
-inline InputAngles all(double v) {
-    InputAngles in{};
+inline Readings all(double v) {
+    Readings in{};
     in.x.fill(v);
     return in;
 }

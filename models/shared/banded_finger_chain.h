@@ -61,13 +61,13 @@ constexpr Bands kO12Bands{
     },
 };
 
-inline void floor_at(TargetArray& out, int slot, double limit) {
+inline void floor_at(Targets& out, int slot, double limit) {
     if (out[slot] < limit) out[slot] = limit;
 }
 
 // The O12's thumb rotation (thumb_abduction), coupled to the thumb tip (thumb_distal): a straight
 // tip pulls the rotation in, a bent one lets it go by `rotation_give` of its bend beyond -10.
-inline void rotation_from_tip(TargetArray& out, double rotation_give) {
+inline void rotation_from_tip(Targets& out, double rotation_give) {
     if (out[slot::thumb_distal] > -10) {
         out[slot::thumb_abduction] = out[slot::thumb_abduction] - (out[slot::thumb_distal] + 10) * 2.5;
         if (out[slot::thumb_abduction] > 30) out[slot::thumb_abduction] = 30;
@@ -79,7 +79,7 @@ inline void rotation_from_tip(TargetArray& out, double rotation_give) {
 }
 
 // The thumb's joints in their bands; the thumb spread (thumb_rotation) stops at -45.
-inline void banded_thumb(TargetArray& out, const ThumbBands& b) {
+inline void banded_thumb(Targets& out, const ThumbBands& b) {
     out[slot::thumb_base] = b.base(out[slot::thumb_base]);
     floor_at(out, slot::thumb_base, -90);
     out[slot::thumb_proximal] = b.proximal(out[slot::thumb_proximal]);
@@ -98,7 +98,7 @@ inline void banded_thumb(TargetArray& out, const ThumbBands& b) {
 
 // The finger curls in their bands, the little finger's spread closed by its deep curl, distal
 // joints at 0.8 and the full-bend locks.
-inline void banded_fingers(TargetArray& out, const FingerBands& b) {
+inline void banded_fingers(Targets& out, const FingerBands& b) {
     out[slot::index_proximal] = b.index_proximal(out[slot::index_proximal]);
     floor_at(out, slot::index_proximal, -100);
     out[slot::index_distal] = b.index_distal(out[slot::index_distal]);
@@ -125,14 +125,14 @@ inline void banded_fingers(TargetArray& out, const FingerBands& b) {
 
 // Everything between the thumb rotation and the pinch poses: spreads, the banded thumb and
 // finger joints, distal joints and full-bend locks.
-inline void banded_joints(TargetArray& out, const Bands& b) {
+inline void banded_joints(Targets& out, const Bands& b) {
     couple_spreads(out, kSpread);
     banded_thumb(out, b.thumb);
     banded_fingers(out, b.fingers);
 }
 
 // The O12's chain: its rotation rule, then its bands.
-inline void run(TargetArray& out, double rotation_give) {
+inline void run(Targets& out, double rotation_give) {
     rotation_from_tip(out, rotation_give);
     banded_joints(out, kO12Bands);
 }

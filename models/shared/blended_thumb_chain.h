@@ -34,7 +34,7 @@ namespace quil::blended_thumb_chain {
 
 // Clamps the readings (the firmware's own two tests, so a NaN reaches every row), runs the
 // common coefficient set and emits the limited rows. Returns the number of values emitted.
-inline int run_rows(const InputAngles& in, const Coefficients& k, TargetArray& out) {
+inline int run_rows(const Readings& in, const Coefficients& k, Targets& out) {
     return run_linear_stage<kStandardRows>(in, Clamp::passes_nan, k, out);
 }
 
@@ -68,7 +68,7 @@ struct ChainVariant {
 };
 
 // The thumb rotation opens as the tip straightens and closes a little as it bends.
-inline void rotation_from_tip(TargetArray& out) {
+inline void rotation_from_tip(Targets& out) {
     if (out[slot::thumb_distal] > -10) {
         out[slot::thumb_abduction] = out[slot::thumb_abduction] - (out[slot::thumb_distal] + 10.0) * 2.5;
         if (out[slot::thumb_abduction] > 30) out[slot::thumb_abduction] = 30;
@@ -81,7 +81,7 @@ inline void rotation_from_tip(TargetArray& out) {
 
 // Thumb roll, base and tip in their bands, then the thumb spread, which holds the base and the
 // roll back when it is fully spread.
-inline void thumb_joints(TargetArray& out, const ChainVariant& v) {
+inline void thumb_joints(Targets& out, const ChainVariant& v) {
     // Thumb roll: shallow bends are damped, deep ones kept.
     if (out[slot::thumb_base] > -20) {
         out[slot::thumb_base] = out[slot::thumb_base] * 0.5;
@@ -125,13 +125,13 @@ inline void thumb_joints(TargetArray& out, const ChainVariant& v) {
 
 // The rotation is finally driven by the spread and the tip. This replaces what
 // rotation_from_tip made of it; the firmware has always run both.
-inline void rotation_from_spread(TargetArray& out) {
+inline void rotation_from_spread(Targets& out) {
     out[slot::thumb_abduction] = -0.5 * out[slot::thumb_rotation] - 0.15 * out[slot::thumb_distal];
 }
 
 // Abductions capped and narrowed as their fingers bend, finger gains, the little finger's
 // spread, and the rotation limited to [0, 30].
-inline void fingers(TargetArray& out, const ChainVariant& v) {
+inline void fingers(Targets& out, const ChainVariant& v) {
     // Index: abduction capped and narrowed as the finger bends.
     if (out[slot::index_spread] > 30) out[slot::index_spread] = 30;
     if (out[slot::index_distal] < 0) {
@@ -192,7 +192,7 @@ inline void fingers(TargetArray& out, const ChainVariant& v) {
     if (out[slot::thumb_abduction] > 30) out[slot::thumb_abduction] = 30;
 }
 
-inline void neighbour_drag(TargetArray& out) {
+inline void neighbour_drag(Targets& out) {
     // Ring and little are dragged along by a deeply bent middle finger, the index by middle
     // and index together.
     if (out[slot::middle_proximal] <= -65 && (out[slot::ring_proximal] <= -25 || out[slot::little_proximal] <= -15)) {
@@ -216,7 +216,7 @@ inline void neighbour_drag(TargetArray& out) {
 
 // The body of the chain for hands that add nothing inside it: everything from the thumb rotation
 // to the thumb relief of a bent middle finger, in the firmware's order.
-inline void thumb_and_fingers(TargetArray& out, const ChainVariant& v) {
+inline void thumb_and_fingers(Targets& out, const ChainVariant& v) {
     rotation_from_tip(out);
     thumb_joints(out, v);
     rotation_from_spread(out);
@@ -239,7 +239,7 @@ struct FistGains {
 };
 
 // Returns whether the fist test passed.
-inline bool fist_boost(TargetArray& out, const FistBounds& b, const FistGains& g) {
+inline bool fist_boost(Targets& out, const FistBounds& b, const FistGains& g) {
     if (out[slot::index_proximal] <= b.index && out[slot::middle_proximal] <= b.middle &&
         out[slot::ring_proximal] <= b.ring && out[slot::little_proximal] <= b.little) {
         out[slot::middle_proximal] = out[slot::middle_proximal] * g.middle;
@@ -252,7 +252,7 @@ inline bool fist_boost(TargetArray& out, const FistBounds& b, const FistGains& g
 // Distal joints follow the proximal ones at 0.8, never past straight; a finger bent past its
 // lock point is driven fully closed (the middle finger to its own -81). `lock_little` says
 // whether the little finger has a lock too.
-inline void distal_and_full_bend(TargetArray& out, bool lock_little) {
+inline void distal_and_full_bend(Targets& out, bool lock_little) {
     for (int m : {slot::index_tip, slot::middle_tip, slot::ring_tip, slot::little_tip}) out[m] = out[m + 1] * 0.8;
     for (int m : {slot::index_tip, slot::middle_tip, slot::ring_tip, slot::little_tip})
         if (out[m] > 0) out[m] = 0;

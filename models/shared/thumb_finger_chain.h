@@ -26,7 +26,7 @@ struct ThumbSwingGains {
 // The thumb: base and first joint reshaped past their knees, the tip stopped short of the palm,
 // the swing scaled and stopped at -45 (holding the first joint and the base back with it), and
 // the rotation recomputed from swing and tip.
-inline void couple_thumb(TargetArray& out, ThumbSwingGains swing) {
+inline void couple_thumb(Targets& out, ThumbSwingGains swing) {
     using chain_detail::unchanged;
     // The tip nudges the rotation first. The recomputation at the end overrides it; the firmware
     // has always run both.
@@ -59,7 +59,7 @@ inline void couple_thumb(TargetArray& out, ThumbSwingGains swing) {
 // The fingers, index_distal to little_spread: each spread joint capped and closed by its finger's bend, the
 // knuckles scaled, the second slots of the doubly driven fingers reshaped past their knees, the
 // middle spread taken from its neighbours, and the little finger's spread closed by its knuckle.
-inline void couple_fingers(TargetArray& out) {
+inline void couple_fingers(Targets& out) {
     using chain_detail::unchanged;
     const Curve3 second_slot{-15, -70, scale(1.25), scale(0.9), unchanged};
 
@@ -94,7 +94,7 @@ inline void couple_fingers(TargetArray& out) {
 // A closing fist: with the middle finger deep, the ring and little knuckles are doubled and
 // tripled (floored at -81 and -100); with the middle deeper still, the index knuckle follows at
 // 1.5 (floored at -81).
-inline void deepen_fist(TargetArray& out) {
+inline void deepen_fist(Targets& out) {
     if (out[slot::middle_proximal] <= -65 && out[slot::ring_proximal] <= -25 && out[slot::little_proximal] <= -15) {
         out[slot::ring_proximal] = 2 * out[slot::ring_proximal] < -81 ? -81 : 2 * out[slot::ring_proximal];
         out[slot::little_proximal] = 3 * out[slot::little_proximal] < -100 ? -100 : 3 * out[slot::little_proximal];
@@ -105,7 +105,7 @@ inline void deepen_fist(TargetArray& out) {
 
 // While the index is not fully bent (index_proximal above `index_gate`), each of the middle and ring
 // fingers bent past -70 takes `step` off the thumb swing, so the thumb tucks in less over a fist.
-inline void ease_thumb_swing(TargetArray& out, double index_gate, double step) {
+inline void ease_thumb_swing(Targets& out, double index_gate, double step) {
     if (out[slot::index_proximal] > index_gate) {
         double f = 1.0;
         if (out[slot::middle_proximal] < -70) f = f - step;

@@ -23,7 +23,7 @@ struct ThumbTurningSpreads {
     double middle_from_ring;
 };
 
-inline void couple_spreads_turning_thumb(TargetArray& out, const ThumbTurningSpreads& s) {
+inline void couple_spreads_turning_thumb(Targets& out, const ThumbTurningSpreads& s) {
     cap_spreads(out, s.caps);
     rotate_thumb_with_little_spread(out, s.thumb_turn);
     reshape_little_spread(out[slot::little_spread], s.little);

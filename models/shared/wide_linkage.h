@@ -22,7 +22,7 @@ struct ThumbTipLinkage {
     double offset;
 };
 
-inline void bend_thumb_tip(TargetArray& out, const ThumbTipLinkage& t) {
+inline void bend_thumb_tip(Targets& out, const ThumbTipLinkage& t) {
     out[slot::thumb_distal] = t.curve(out[slot::thumb_distal]);
     if (out[slot::thumb_distal] < t.floor) out[slot::thumb_distal] = t.floor;
     if (out[slot::thumb_distal] < t.knee) {
@@ -42,7 +42,7 @@ struct JointLinkages {
     FingerRemap fingers;
 };
 
-inline void remap_joint_linkages(TargetArray& out, const JointLinkages& l) {
+inline void remap_joint_linkages(Targets& out, const JointLinkages& l) {
     out[slot::thumb_proximal] = l.thumb_base(out[slot::thumb_proximal]);
     if (out[slot::thumb_proximal] < l.thumb_base_floor) out[slot::thumb_proximal] = l.thumb_base_floor;
     out[slot::index_distal] = l.index_knuckle(out[slot::index_distal]);

@@ -143,10 +143,10 @@ std::vector<unsigned char> class_statics() {
     auto add = [&bytes](const void* p, std::size_t n) {
         bytes.insert(bytes.end(), static_cast<const unsigned char*>(p), static_cast<const unsigned char*>(p) + n);
     };
-#define QUIL_MODEL(hand, version, buffer, keeps_state)      \
+#define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) \
     add(Quil_linear::hand::weight, sizeof(Quil_linear::hand::weight)); \
     add(Quil_linear::hand::w0, sizeof(Quil_linear::hand::w0));
-#include "models/hand_list.h"
+#include "models/catalogue_list.h"
 #undef QUIL_MODEL
     add(Quil_linear::INSPIRE_ROBOTS_RH56F1_E4::fingerPinchDone, 4);
     add(&Quil_linear::INSPIRE_ROBOTS_RH56F1_E4::thumb1_ref_val, 8);

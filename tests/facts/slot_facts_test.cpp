@@ -39,7 +39,7 @@ TEST(SlotFacts, ShippedFactsAreWhatTheHandsDoNow) {
 // A follower computes its value from the final values of its sources; on moderate motions of one
 // finger at a time, where no pinch, lock or snap acts, that holds bit for bit.
 TEST(SlotFacts, FollowersKeepTheirRelationOnModerateMotions) {
-    const std::vector<Readings> plain = plain_sweep();
+    const std::vector<facts::Readings> plain = plain_sweep();
     for (const HandModel& m : kHandModels) {
         SCOPED_TRACE(m.name);
         const auto t = run(m.name, plain);
@@ -78,7 +78,7 @@ const Elsewhere* moved_elsewhere(const char* hand, int slot) {
 }
 
 double span_under(const HandModel& m, int slot, const std::vector<int>& channels) {
-    std::vector<Readings> motion;
+    std::vector<facts::Readings> motion;
     for (int v = 0; v <= 80; ++v) motion.push_back(with(channels, 0.5 * v));
     double lo = INFINITY, hi = -INFINITY;
     for (const auto& row : run(m.name, motion)) {

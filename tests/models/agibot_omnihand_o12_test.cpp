@@ -5,13 +5,13 @@ namespace {
 using namespace quil;
 using namespace quil::test;
 
-TargetArray map(const InputAngles& in) {
+Targets map(const Readings& in) {
     HandMemory none;
     return hands::AgiBot_OmniHand_O12(in, none.ref());
 }
 
 TEST(AgiBotOmniHandO12, OpenHandPose) {
-    const TargetArray out = map(all(0.0));
+    const Targets out = map(all(0.0));
     EXPECT_SAME_DOUBLE(-5.0, out[3]);           // 30 pulled in by 2.5 x (0 + 10), mirrored
     EXPECT_SAME_DOUBLE(-2.0, out[7]);           // row 6 offset, mirrored
     EXPECT_SAME_DOUBLE(-0.0, out[20]);          // a mirrored zero keeps its sign bit
@@ -23,7 +23,7 @@ TEST(AgiBotOmniHandO12, OpenHandPose) {
 TEST(AgiBotOmniHandO12, LittleFingerLocksAtMinus80WhereTheIndexNeedsBelowMinus90) {
     // x3 = 120 leaves the index at exactly -90 (not below), x11 = 80 the little finger at its
     // floor -84, below its own lock threshold.
-    const TargetArray out = map(with({{3, 120.0}, {11, 80.0}}));
+    const Targets out = map(with({{3, 120.0}, {11, 80.0}}));
     EXPECT_SAME_DOUBLE(-90.0, out[6]);
     EXPECT_SAME_DOUBLE(-100.0, out[5]);
     EXPECT_SAME_DOUBLE(-100.0, out[17]);
@@ -36,7 +36,7 @@ TEST(AgiBotOmniHandO12, PinchPoses) {
     // x3 = 60 puts the index at -53, x6 = 50 the middle finger at -35.2.
     struct Case {
         const char* name;
-        InputAngles in;
+        Readings in;
         std::initializer_list<std::pair<int, double>> expect;
     };
     const Case cases[] = {
@@ -49,7 +49,7 @@ TEST(AgiBotOmniHandO12, PinchPoses) {
         {"gate shut", with({{0, 60.0}, {3, 60.0}}), {{1, -38.25}, {6, -53.0}}},
     };
     for (const Case& c : cases) {
-        const TargetArray out = map(c.in);
+        const Targets out = map(c.in);
         for (const auto& [slot, v] : c.expect) EXPECT_SAME_DOUBLE(v, out[slot]) << c.name << " slot " << slot;
         EXPECT_SAME_DOUBLE(-1.0, out[23]) << c.name;
     }

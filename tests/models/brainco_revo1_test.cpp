@@ -7,13 +7,13 @@ namespace {
 using namespace quil;
 using namespace quil::test;
 
-TargetArray map(const InputAngles& in) {
+Targets map(const Readings& in) {
     HandMemory none;
     return hands::BrainCo_Revo1(in, none.ref());
 }
 
 TEST(BrainCoRevo1, OpenHandPose) {
-    const TargetArray out = map(all(0.0));
+    const Targets out = map(all(0.0));
     EXPECT_SAME_DOUBLE(-30.0, out[3]);  // rotation 30, not raised (spread 2 is not above 5), mirrored
     EXPECT_SAME_DOUBLE(6.0, out[19]);   // spread 2, tripled
     EXPECT_SAME_DOUBLE(-2.0, out[7]);
@@ -51,7 +51,7 @@ TEST(BrainCoRevo1, ThumbTipPieceChosenByTipDrivenByOpposition) {
         {100.0, 0.0, -65.5, -45.0, 1.5 * -45.0 - 20.0},  // tip deep, opposition above -50
     };
     for (const Case& c : cases) {
-        const TargetArray out = map(with({{1, c.x1}, {2, c.x2}}));
+        const Targets out = map(with({{1, c.x1}, {2, c.x2}}));
         EXPECT_SAME_DOUBLE(c.want, out[2]) << "tip " << c.tip << ", opposition " << c.opposition;
         EXPECT_SAME_DOUBLE(-c.opposition, out[20]) << "the opposition row itself is left as it was";
     }
@@ -72,7 +72,7 @@ TEST(BrainCoRevo1, ThumbToIndexContact) {
         {40.0, 40.0, true, 0.0},
     };
     for (const Case& c : cases) {
-        const TargetArray out = map(with({{2, c.thumb}, {3, c.index}}));
+        const Targets out = map(with({{2, c.thumb}, {3, c.index}}));
         if (c.contact) {
             EXPECT_SAME_DOUBLE(-30.0, out[0]) << "x3 = " << c.index;
             EXPECT_SAME_DOUBLE(-90.0, out[2]) << "x3 = " << c.index;
@@ -99,7 +99,7 @@ TEST(BrainCoRevo1, FistSnapsToEndStop) {
         {90.0, 90.0, 90.0, 90.0, {-74.0, -74.0, -74.0, -74.0}},
     };
     for (const Case& c : cases) {
-        const TargetArray out = map(with({{3, c.index}, {6, c.middle}, {9, c.ring}, {11, c.little}}));
+        const Targets out = map(with({{3, c.index}, {6, c.middle}, {9, c.ring}, {11, c.little}}));
         const int slots[4] = {6, 10, 14, 18};
         for (int f = 0; f < 4; ++f) EXPECT_SAME_DOUBLE(c.want[f], out[slots[f]]) << "x3 = " << c.index << ", slot " << slots[f];
     }
@@ -109,8 +109,8 @@ TEST(BrainCoRevo1, OutOfRangeReadingsActAsTheirBounds) {
     const std::pair<double, double> cases[] = {{kNaN, 120.0}, {kInf, 120.0}, {-kInf, -20.0}, {-30.0, -20.0}};
     for (const auto& [raw, as] : cases)
         for (int i = 0; i < 12; ++i) {
-            const TargetArray got = map(with({{i, raw}}));
-            const TargetArray want = map(with({{i, as}}));
+            const Targets got = map(with({{i, raw}}));
+            const Targets want = map(with({{i, as}}));
             for (int s = 0; s < 24; ++s) EXPECT_SAME_DOUBLE(want[s], got[s]) << "input " << i << " slot " << s;
         }
 }

@@ -1,23 +1,25 @@
 #include "test_util.h"
 
+#include "quil_linear/quil_linear.hpp"
+
 namespace {
 
 using namespace quil;
 using namespace quil::test;
 
 // Thumb base bent with the index bent: closes the index pinch fully and latches it.
-const InputAngles kIndexPinch = with({{0, 20.0}, {1, 90.0}, {3, 60.0}});
+const Readings kIndexPinch = with({{0, 20.0}, {1, 90.0}, {3, 60.0}});
 // Thumb base bent, every finger straight: the thumb is active, no trigger.
-const InputAngles kThumbOnly = with({{0, 20.0}, {1, 90.0}});
+const Readings kThumbOnly = with({{0, 20.0}, {1, 90.0}});
 // Index bent into its pinch band, thumb open.
-const InputAngles kIndexOnly = with({{3, 60.0}});
-const InputAngles kMiddlePinch = with({{0, 50.0}, {1, 110.0}, {6, 80.0}});
-const InputAngles kMiddleOnly = with({{6, 80.0}});
+const Readings kIndexOnly = with({{3, 60.0}});
+const Readings kMiddlePinch = with({{0, 50.0}, {1, 110.0}, {6, 80.0}});
+const Readings kMiddleOnly = with({{6, 80.0}});
 
 TEST(ChohoHand, HeldPinchesRunWithoutTheirTriggerUntilReleased) {
     struct Case {
         const char* what;
-        InputAngles first, second;
+        Readings first, second;
         int latch;
         int slot;          // a slot the held pinch sets in the second sample
         double held;       // its value there
@@ -36,11 +38,11 @@ TEST(ChohoHand, HeldPinchesRunWithoutTheirTriggerUntilReleased) {
     for (const Case& c : cases) {
         HandMemory memory;
         hands::CHOHO_Hand(c.first, memory.ref());
-        EXPECT_TRUE(memory.fingerPinchDone[c.latch]) << c.what;
-        const TargetArray out = hands::CHOHO_Hand(c.second, memory.ref());
+        EXPECT_TRUE(memory.pinch_latches[c.latch]) << c.what;
+        const Targets out = hands::CHOHO_Hand(c.second, memory.ref());
         EXPECT_SAME_DOUBLE(c.held, out[c.slot]) << c.what;
-        EXPECT_FALSE(memory.fingerPinchDone[c.latch]) << c.what;
-        EXPECT_FALSE(memory.fingerPinchDone[1 - c.latch]) << c.what;
+        EXPECT_FALSE(memory.pinch_latches[c.latch]) << c.what;
+        EXPECT_FALSE(memory.pinch_latches[1 - c.latch]) << c.what;
 
         HandMemory fresh;
         EXPECT_SAME_DOUBLE(c.unheld, hands::CHOHO_Hand(c.second, fresh.ref())[c.slot]) << c.what;
@@ -50,7 +52,7 @@ TEST(ChohoHand, HeldPinchesRunWithoutTheirTriggerUntilReleased) {
 TEST(ChohoHand, EachPinchSetsItsThumbPose) {
     struct Case {
         const char* what;
-        InputAngles in;
+        Readings in;
         double base, rotation, spread;  // out[1], out[3], out[20] as returned (3 and 20 mirrored)
     };
     const Case cases[] = {
@@ -61,7 +63,7 @@ TEST(ChohoHand, EachPinchSetsItsThumbPose) {
     };
     for (const Case& c : cases) {
         HandMemory memory;
-        const TargetArray out = hands::CHOHO_Hand(c.in, memory.ref());
+        const Targets out = hands::CHOHO_Hand(c.in, memory.ref());
         EXPECT_SAME_DOUBLE(c.base, out[1]) << c.what;
         EXPECT_SAME_DOUBLE(c.rotation, out[3]) << c.what;
         EXPECT_SAME_DOUBLE(c.spread, out[20]) << c.what;

@@ -7,10 +7,10 @@ namespace {
 using namespace quil;
 using namespace quil::test;
 
-TargetArray map(const InputAngles& in) { return hands::DexRobot_DexHand021_MP(in, MemoryRef{}); }
+Targets map(const Readings& in) { return hands::DexRobot_DexHand021_MP(in, MemoryRef{}); }
 
 TEST(DexRobotDexHand021MP, OpenHandPose) {
-    const TargetArray out = map(all(0.0));
+    const Targets out = map(all(0.0));
     EXPECT_SAME_DOUBLE(-30.0, out[3]);   // row 3 offset 30, mirrored
     EXPECT_SAME_DOUBLE(20.0, out[20]);   // row 16 offset -10 doubled, mirrored
     EXPECT_SAME_DOUBLE(-1.0, out[7]);    // row 6 offset 1, mirrored
@@ -26,7 +26,7 @@ TEST(DexRobotDexHand021MP, OpenHandPose) {
 TEST(DexRobotDexHand021MP, PinchPoseChosenByBentFingers) {
     struct Case {
         const char* name;
-        InputAngles in;
+        Readings in;
         double swing;  // returned out[20], mirrored
         std::vector<std::pair<int, double>> targets;
     };
@@ -44,7 +44,7 @@ TEST(DexRobotDexHand021MP, PinchPoseChosenByBentFingers) {
         {"little", with({{2, 40.0}, {11, 40.0}}), 120.0, {{1, -23}, {2, -33}, {17, -38}, {18, -64}}},
     };
     for (const Case& c : cases) {
-        const TargetArray out = map(c.in);
+        const Targets out = map(c.in);
         EXPECT_SAME_DOUBLE(c.swing, out[20]) << c.name;
         for (const auto& [slot, v] : c.targets) EXPECT_SAME_DOUBLE(v, out[slot]) << c.name << " slot " << slot;
     }
@@ -53,21 +53,21 @@ TEST(DexRobotDexHand021MP, PinchPoseChosenByBentFingers) {
 
 TEST(DexRobotDexHand021MP, PinchNeedsThumbSwungStrictlyPastGate) {
     // x2 = 12.6 puts out[20] at exactly -35: no pose, although the index alone is bent.
-    const TargetArray at_gate = map(with({{2, 12.6}, {3, 40.0}}));
+    const Targets at_gate = map(with({{2, 12.6}, {3, 40.0}}));
     EXPECT_SAME_DOUBLE(35.0, at_gate[20]);
     EXPECT_SAME_DOUBLE(-61.2, at_gate[6]);
     EXPECT_SAME_DOUBLE(0.0, at_gate[0]);
-    const TargetArray past = map(with({{2, 12.8}, {3, 40.0}}));
+    const Targets past = map(with({{2, 12.8}, {3, 40.0}}));
     EXPECT_SAME_DOUBLE(45.0, past[20]);
     EXPECT_SAME_DOUBLE(-64.0, past[6]);
 }
 
 TEST(DexRobotDexHand021MP, FullBendLockIsStrict) {
     // Index middle joint at exactly -80 stays; at -80.1 the whole finger closes to -100.
-    const TargetArray at = map(with({{3, 88.9}}));
+    const Targets at = map(with({{3, 88.9}}));
     EXPECT_SAME_DOUBLE(-80.0, at[6]);
     EXPECT_SAME_DOUBLE(-66.75, at[5]);
-    const TargetArray past = map(with({{3, 89.0}}));
+    const Targets past = map(with({{3, 89.0}}));
     EXPECT_SAME_DOUBLE(-100.0, past[6]);
     EXPECT_SAME_DOUBLE(-100.0, past[5]);
     // The distal slot followed the proximal one before the lock and is not closed with it.
@@ -79,15 +79,15 @@ TEST(DexRobotDexHand021MP, RingMiddleJointKnee) {
     // takes the mid piece 0.4v - 40; with the middle finger bent past -60 (x6 = 70) it takes the
     // last piece v - 4 although its own value is in the mid range.
     EXPECT_SAME_DOUBLE(0.4 * -40.0 - 40.0, map(with({{9, 40.0}}))[14]);
-    const TargetArray bent = map(with({{6, 70.0}, {9, 40.0}}));
+    const Targets bent = map(with({{6, 70.0}, {9, 40.0}}));
     EXPECT_LT(bent[10], -60.0);
     EXPECT_SAME_DOUBLE(-44.0, bent[14]);
 }
 
 TEST(DexRobotDexHand021MP, NaNReadingActsAsUpperBound) {
     for (int i = 0; i < 12; ++i) {
-        const TargetArray got = map(with({{i, kNaN}}));
-        const TargetArray want = map(with({{i, 120.0}}));
+        const Targets got = map(with({{i, kNaN}}));
+        const Targets want = map(with({{i, 120.0}}));
         for (int s = 0; s < 24; ++s) EXPECT_SAME_DOUBLE(want[s], got[s]) << "input " << i << " slot " << s;
     }
 }

@@ -7,13 +7,13 @@ namespace {
 using namespace quil;
 using namespace quil::test;
 
-TargetArray map(const InputAngles& in) {
+Targets map(const Readings& in) {
     HandMemory none;
     return hands::INSPIRE_ROBOTS_RH56DFX(in, none.ref());
 }
 
 TEST(InspireRH56DFX, OpenHand) {
-    const TargetArray out = map(all(0.0));
+    const Targets out = map(all(0.0));
     EXPECT_SAME_DOUBLE(2 * (0.9 * -10.0), out[2]);  // tip row offset -10, eased, doubled
     EXPECT_SAME_DOUBLE(10.0, out[20]);              // row offset -10, mirrored
     EXPECT_SAME_DOUBLE(-30.0, out[3]);
@@ -26,7 +26,7 @@ TEST(InspireRH56DFX, OpenHand) {
 TEST(InspireRH56DFX, BandEdges) {
     struct Case {
         const char* what;
-        InputAngles in;
+        Readings in;
         int slot;
         double want;
     };
@@ -43,7 +43,7 @@ TEST(InspireRH56DFX, BandEdges) {
 
 // A thumb tip bent past -50 pulls the thumb base in (row 0 at -9.5, tip at -68.7).
 TEST(InspireRH56DFX, BentThumbTipPullsTheBase) {
-    const TargetArray out = map(with({{0, 20.0}, {1, 50.0}}));
+    const Targets out = map(with({{0, 20.0}, {1, 50.0}}));
     const double tip = -33.0 * 3.9 + 60;
     EXPECT_SAME_DOUBLE(2 * tip, out[2]);
     EXPECT_SAME_DOUBLE(2 * (-9.5 - (tip * 0.2 + 10)), out[0]);
@@ -57,7 +57,7 @@ TEST(InspireRH56DFX, LittleSpreadTurnsTheThumb) {
     };
     const Case cases[] = {{60.0, 6.0, 6.0 * 3}, {69.9, 6.9, 6.9 * 3}, {70.0, 7.0, 7.0 + 14}};
     for (const Case& c : cases) {
-        const TargetArray out = map(with({{7, c.x7}}));
+        const Targets out = map(with({{7, c.x7}}));
         EXPECT_SAME_DOUBLE(-(30.0 + (c.spread - 5) * 1.3), out[3]) << c.x7;
         EXPECT_SAME_DOUBLE(c.want_spread, out[19]) << c.x7;
     }
@@ -65,7 +65,7 @@ TEST(InspireRH56DFX, LittleSpreadTurnsTheThumb) {
 
 // The doubled proximal joints reach -200; the middle joints stop at -100.
 TEST(InspireRH56DFX, DeepBendsReachTwiceTheFloor) {
-    const TargetArray out = map(with({{6, 100.0}, {9, 100.0}}));
+    const Targets out = map(with({{6, 100.0}, {9, 100.0}}));
     EXPECT_SAME_DOUBLE(-200.0, out[14]);
     EXPECT_SAME_DOUBLE(-100.0, out[13]);
     EXPECT_SAME_DOUBLE(-80.0, out[12]);
@@ -75,7 +75,7 @@ TEST(InspireRH56DFX, OutOfRangeReadingsActAsTheirBounds) {
     const std::pair<double, double> cases[] = {{kNaN, 120.0}, {kInf, 120.0}, {-kInf, -20.0}, {1e300, 120.0}, {-30.0, -20.0}};
     for (const auto& [raw, as] : cases)
         for (int i = 0; i < 12; ++i) {
-            const TargetArray got = map(with({{i, raw}})), want = map(with({{i, as}}));
+            const Targets got = map(with({{i, raw}})), want = map(with({{i, as}}));
             for (int s = 0; s < 24; ++s) EXPECT_SAME_DOUBLE(want[s], got[s]) << "input " << i << " slot " << s;
         }
 }

@@ -5,22 +5,22 @@ namespace {
 using namespace quil;
 using namespace quil::test;
 
-TargetArray dh116(const InputAngles& in) {
+Targets dh116(const Readings& in) {
     HandMemory none;
     return hands::LeadShine_DH116(in, none.ref());
 }
 
-TargetArray o12(const InputAngles& in) {
+Targets o12(const Readings& in) {
     HandMemory none;
     return hands::AgiBot_OmniHand_O12(in, none.ref());
 }
 
 TEST(LeadShineDH116, MatchesTheO12AwayFromPinchesAndWithThumbSlot2Straight) {
     // None of these opens either hand's pinch gate, and thumb slot 2 stays above -10.
-    const InputAngles poses[] = {all(0.0), with({{3, 120.0}, {11, 80.0}}), with({{6, 70.0}, {9, 90.0}}),
+    const Readings poses[] = {all(0.0), with({{3, 120.0}, {11, 80.0}}), with({{6, 70.0}, {9, 90.0}}),
                                  with({{4, 50.0}, {7, 30.0}, {10, 60.0}}), with({{0, 30.0}, {9, 40.0}})};
-    for (const InputAngles& in : poses) {
-        const TargetArray a = dh116(in), b = o12(in);
+    for (const Readings& in : poses) {
+        const Targets a = dh116(in), b = o12(in);
         for (int s = 0; s < 24; ++s) EXPECT_SAME_DOUBLE(b[s], a[s]) << "slot " << s;
     }
 }
@@ -28,7 +28,7 @@ TEST(LeadShineDH116, MatchesTheO12AwayFromPinchesAndWithThumbSlot2Straight) {
 TEST(LeadShineDH116, BentThumbGivesBackLessRotation) {
     // x1 = 40 bends thumb slot 2 to -26: the rotation gives 0.15 of the bend past -10, the O12
     // 0.35.
-    const InputAngles in = with({{1, 40.0}});
+    const Readings in = with({{1, 40.0}});
     EXPECT_SAME_DOUBLE(-(30.0 + (-26.0 + 10) * 0.15), dh116(in)[3]);
     EXPECT_SAME_DOUBLE(-(30.0 + (-26.0 + 10) * 0.35), o12(in)[3]);
 }
@@ -39,7 +39,7 @@ TEST(LeadShineDH116, PinchPoses) {
     // x1 = 29.5 leaves its row at -39.9, which lands in the 0.7 band, -27.93.
     struct Case {
         const char* name;
-        InputAngles in;
+        Readings in;
         std::initializer_list<std::pair<int, double>> expect;
     };
     const Case cases[] = {
@@ -52,7 +52,7 @@ TEST(LeadShineDH116, PinchPoses) {
         {"just outside the gate", with({{0, 40.0}, {1, 29.5}, {3, 60.0}}), {{1, -39.9 * 0.7}, {6, -53.0}}},
     };
     for (const Case& c : cases) {
-        const TargetArray out = dh116(c.in);
+        const Targets out = dh116(c.in);
         for (const auto& [slot, v] : c.expect) EXPECT_SAME_DOUBLE(v, out[slot]) << c.name << " slot " << slot;
     }
 }

@@ -8,13 +8,13 @@ namespace {
 using namespace quil;
 using namespace quil::test;
 
-TargetArray map(const InputAngles& in) {
+Targets map(const Readings& in) {
     HandMemory none;
     return hands::LINKERBOT_LinkerHand_L20(in, none.ref());
 }
 
 TEST(LinkerHandL20, OpenHand) {
-    const TargetArray out = map(all(0.0));
+    const Targets out = map(all(0.0));
     EXPECT_SAME_DOUBLE(-30.0, out[3]);   // thumb rotation row is a constant 30, mirrored
     EXPECT_SAME_DOUBLE(-2.0, out[7]);
     EXPECT_SAME_DOUBLE(-0.0, out[20]);   // 2.5 * 0, mirrored
@@ -29,7 +29,7 @@ TEST(LinkerHandL20, OpenHand) {
 TEST(LinkerHandL20, CurvesSplitAtTheirBreakpoints) {
     struct Case {
         const char* what;
-        InputAngles in;
+        Readings in;
         int slot;
         double want;
     };
@@ -63,7 +63,7 @@ TEST(LinkerHandL20, CurvesSplitAtTheirBreakpoints) {
 TEST(LinkerHandL20, PinchPoses) {
     struct Case {
         int pose;
-        InputAngles in;
+        Readings in;
         std::vector<std::pair<int, double>> targets;  // final values; the thumb rotation mirrored
     };
     const Case cases[] = {
@@ -81,7 +81,7 @@ TEST(LinkerHandL20, PinchPoses) {
         {8, with({{1, 80.0}, {11, 40.0}}), {{0, -45}, {1, -40}, {2, -60}, {20, 120}, {17, -35}, {18, -52}}},
     };
     for (const Case& c : cases) {
-        const TargetArray out = map(c.in);
+        const Targets out = map(c.in);
         for (const auto& [slot, want] : c.targets) EXPECT_SAME_DOUBLE(want, out[slot]) << "pose " << c.pose << " slot " << slot;
     }
 }
@@ -89,14 +89,14 @@ TEST(LinkerHandL20, PinchPoses) {
 // The index pose needs the thumb rotation strictly below -25 and the index strictly below -40.
 TEST(LinkerHandL20, PinchPoseGatesAreStrict) {
     // x1 = 16.7 puts the thumb rotation row at -10, which the curve makes exactly -25.
-    const TargetArray at_gate = map(with({{1, 16.7}, {3, 105.0}}));
+    const Targets at_gate = map(with({{1, 16.7}, {3, 105.0}}));
     EXPECT_SAME_DOUBLE(25.0, at_gate[20]);
     EXPECT_NE(-52.0, at_gate[6]);
-    const TargetArray past_gate = map(with({{1, 16.9}, {3, 105.0}}));
+    const Targets past_gate = map(with({{1, 16.9}, {3, 105.0}}));
     EXPECT_SAME_DOUBLE(100.0, past_gate[20]);
     EXPECT_SAME_DOUBLE(-52.0, past_gate[6]);
     // Index proximal row at -20 curves to exactly -40: neither bent nor open, so no pose.
-    const TargetArray on_edge = map(with({{1, 70.0}, {3, 23.35}}));
+    const Targets on_edge = map(with({{1, 70.0}, {3, 23.35}}));
     EXPECT_SAME_DOUBLE(-40.0, on_edge[6]);
     EXPECT_SAME_DOUBLE(-(1.5 * -42.0 - 20.0), on_edge[20]);  // thumb turned in
     EXPECT_NE(-48.0, on_edge[0]);
@@ -105,7 +105,7 @@ TEST(LinkerHandL20, PinchPoseGatesAreStrict) {
 // All four fingers past -50 follow the index; the middle joints were already locked closed by
 // the full-bend lock and stay so.
 TEST(LinkerHandL20, FingersSynchroniseWithTheIndex) {
-    const TargetArray out = map(with({{3, 30.0}, {6, 100.0}, {9, 80.0}, {11, 40.0}}));
+    const Targets out = map(with({{3, 30.0}, {6, 100.0}, {9, 80.0}, {11, 40.0}}));
     EXPECT_SAME_DOUBLE(-52.0, out[6]);
     for (int s : {10, 14, 18}) EXPECT_SAME_DOUBLE(out[6], out[s]) << s;
     EXPECT_SAME_DOUBLE(-100.0, out[9]);
@@ -115,7 +115,7 @@ TEST(LinkerHandL20, FingersSynchroniseWithTheIndex) {
 // A fist closes all eight finger joints; the distal joints were set from the middle joints
 // before the locks, so they keep the earlier value.
 TEST(LinkerHandL20, FistLocksEveryFingerJoint) {
-    const TargetArray out = map(with({{3, 100.0}, {6, 65.0}, {9, 105.0}, {11, 25.0}}));
+    const Targets out = map(with({{3, 100.0}, {6, 65.0}, {9, 105.0}, {11, 25.0}}));
     for (int s : {5, 6, 9, 10, 13, 14, 17, 18}) EXPECT_SAME_DOUBLE(-100.0, out[s]) << s;
     EXPECT_SAME_DOUBLE(-80.0, out[4]);
     EXPECT_GT(out[8], -80.0);
@@ -126,7 +126,7 @@ TEST(LinkerHandL20, OutOfRangeReadingsActAsTheirBounds) {
     const std::pair<double, double> cases[] = {{kNaN, 120.0}, {kInf, 120.0}, {-kInf, -20.0}, {1e300, 120.0}, {-30.0, -20.0}};
     for (const auto& [raw, as] : cases)
         for (int i = 0; i < 12; ++i) {
-            const TargetArray got = map(with({{i, raw}})), want = map(with({{i, as}}));
+            const Targets got = map(with({{i, raw}})), want = map(with({{i, as}}));
             for (int s = 0; s < 24; ++s) EXPECT_SAME_DOUBLE(want[s], got[s]) << "input " << i << " slot " << s;
         }
 }

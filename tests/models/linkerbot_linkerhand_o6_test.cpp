@@ -5,13 +5,13 @@ namespace {
 using namespace quil;
 using namespace quil::test;
 
-TargetArray map(const InputAngles& in) { return hands::LINKERBOT_LinkerHand_O6(in, MemoryRef{}); }
+Targets map(const Readings& in) { return hands::LINKERBOT_LinkerHand_O6(in, MemoryRef{}); }
 
 // Thumb at out[1] = -30 exactly (x0 = 40, x1 = 30); index middle joint out[6] from x3, x4.
 TEST(LinkerHandO6, IndexPinchGatesAreInclusive) {
     struct Case {
         const char* name;
-        InputAngles in;
+        Readings in;
         bool pinch;
     };
     const Case cases[] = {
@@ -22,7 +22,7 @@ TEST(LinkerHandO6, IndexPinchGatesAreInclusive) {
         {"thumb at -27.93", with({{0, 40.0}, {1, 29.9}, {3, 43.0}, {4, 4.0}}), false},
     };
     for (const Case& c : cases) {
-        const TargetArray out = map(c.in);
+        const Targets out = map(c.in);
         if (c.pinch) {
             EXPECT_SAME_DOUBLE(-33.0, out[2]) << c.name;
             EXPECT_SAME_DOUBLE(13.0, out[3]) << c.name;  // set negative, returned mirrored
@@ -39,7 +39,7 @@ TEST(LinkerHandO6, IndexPinchGatesAreInclusive) {
 TEST(LinkerHandO6, SecondFingerPinch) {
     struct Case {
         const char* name;
-        InputAngles in;
+        Readings in;
         bool pinch;
     };
     const Case cases[] = {
@@ -51,7 +51,7 @@ TEST(LinkerHandO6, SecondFingerPinch) {
         {"after index pinch", with({{0, 40.0}, {1, 30.0}, {3, 43.0}, {4, 4.0}, {6, 55.0}}), false},
     };
     for (const Case& c : cases) {
-        const TargetArray out = map(c.in);
+        const Targets out = map(c.in);
         EXPECT_EQ(c.pinch, out[10] == -43.0) << c.name;
         if (c.pinch) {
             EXPECT_SAME_DOUBLE(-33.0, out[2]) << c.name;
@@ -73,20 +73,20 @@ TEST(LinkerHandO6, ThumbRotationFollowsTipAroundMinusTen) {
 
 TEST(LinkerHandO6, LittleFingerLocksEarlierThanRing) {
     // Little finger at its -84 stop locks to -100; the ring middle joint at -90 does not lock.
-    const TargetArray little = map(with({{11, 90.0}}));
+    const Targets little = map(with({{11, 90.0}}));
     EXPECT_SAME_DOUBLE(-100.0, little[18]);
     EXPECT_SAME_DOUBLE(-100.0, little[17]);
-    const TargetArray ring = map(with({{9, 120.0}}));
+    const Targets ring = map(with({{9, 120.0}}));
     EXPECT_SAME_DOUBLE(-90.0, ring[14]);
 }
 
 TEST(LinkerHandO6, MirroredZerosAndNaN) {
-    const TargetArray open = map(all(0.0));
+    const Targets open = map(all(0.0));
     EXPECT_SAME_DOUBLE(-0.0, open[20]);
     EXPECT_SAME_DOUBLE(-1.0, open[23]);
     for (int i = 0; i < 12; ++i) {
-        const TargetArray got = map(with({{i, kNaN}}));
-        const TargetArray want = map(with({{i, 120.0}}));
+        const Targets got = map(with({{i, kNaN}}));
+        const Targets want = map(with({{i, 120.0}}));
         for (int s = 0; s < 24; ++s) EXPECT_SAME_DOUBLE(want[s], got[s]) << "input " << i << " slot " << s;
     }
 }

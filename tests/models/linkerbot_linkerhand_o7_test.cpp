@@ -7,14 +7,14 @@ namespace {
 using namespace quil;
 using namespace quil::test;
 
-TargetArray map(const InputAngles& in) { return hands::LINKERBOT_LinkerHand_O7(in, MemoryRef{}); }
+Targets map(const Readings& in) { return hands::LINKERBOT_LinkerHand_O7(in, MemoryRef{}); }
 
 // Which pinch took effect, read from the thumb swing it leaves (mirrored): 4 index, 11 middle,
 // 18 ring, 27 little.
 TEST(LinkerHandO7, PinchCasesAndPrecedence) {
     struct Case {
         const char* name;
-        InputAngles in;
+        Readings in;
         double swing;
         double rotation;  // returned out[3]
         std::vector<std::pair<int, double>> slots;
@@ -35,7 +35,7 @@ TEST(LinkerHandO7, PinchCasesAndPrecedence) {
          {{6, -29.880000000000003}, {2, -57}, {18, -50}}},
     };
     for (const Case& c : cases) {
-        const TargetArray out = map(c.in);
+        const Targets out = map(c.in);
         EXPECT_SAME_DOUBLE(c.swing, out[20]) << c.name;
         EXPECT_SAME_DOUBLE(c.rotation, out[3]) << c.name;
         for (const auto& [slot, v] : c.slots) EXPECT_SAME_DOUBLE(v, out[slot]) << c.name << " slot " << slot;
@@ -44,7 +44,7 @@ TEST(LinkerHandO7, PinchCasesAndPrecedence) {
 
 TEST(LinkerHandO7, PinchLimitScalesAboveTheFloor) {
     // out[1] = -45.5: the tip 0.9 * out[1] scaled by 1.3 stays above -58 and is kept.
-    const TargetArray out = map(with({{0, 50.0}, {3, 60.0}}));
+    const Targets out = map(with({{0, 50.0}, {3, 60.0}}));
     EXPECT_SAME_DOUBLE(4.0, out[20]);
     EXPECT_SAME_DOUBLE(out[1] * f32(0.9f) * f32(1.3f), out[2]);
 }
@@ -53,7 +53,7 @@ TEST(LinkerHandO7, ThumbGate) {
     // Index bent into its band (x3 = 60) in every case; out[20] >= -20 decides with the thumb.
     struct Case {
         const char* name;
-        InputAngles in;
+        Readings in;
         bool pinch;
     };
     const Case cases[] = {
@@ -65,7 +65,7 @@ TEST(LinkerHandO7, ThumbGate) {
         {"swing at -20.02", with({{0, 38.0}, {1, 98.5}, {3, 60.0}}), false},
     };
     for (const Case& c : cases) {
-        const TargetArray out = map(c.in);
+        const Targets out = map(c.in);
         EXPECT_EQ(c.pinch, out[20] == 4.0) << c.name;
         EXPECT_SAME_DOUBLE(c.pinch ? -40.0 : -47.7, out[6]) << c.name;
     }
@@ -78,17 +78,17 @@ TEST(LinkerHandO7, NaNReadingPoisonsEveryRow) {
     const double want[24] = {-49,  -44,  -75,  -30,  -100, -100, -81,  -0.0, -100, -100, -81,  0,
                              -100, -100, -81,  0,    -100, -100, -100, 0,    45,   huge, huge, -1};
     for (int i = 0; i < 12; ++i) {
-        const TargetArray out = map(with({{i, kNaN}}));
+        const Targets out = map(with({{i, kNaN}}));
         for (int s = 0; s < 24; ++s) EXPECT_SAME_DOUBLE(want[s], out[s]) << "input " << i << " slot " << s;
     }
     // Infinities are clamped like any other number.
-    const TargetArray inf = map(with({{3, kInf}}));
-    const TargetArray top = map(with({{3, 120.0}}));
+    const Targets inf = map(with({{3, kInf}}));
+    const Targets top = map(with({{3, 120.0}}));
     for (int s = 0; s < 24; ++s) EXPECT_SAME_DOUBLE(top[s], inf[s]) << "slot " << s;
 }
 
 TEST(LinkerHandO7, OpenHandMirrorsZeros) {
-    const TargetArray out = map(all(0.0));
+    const Targets out = map(all(0.0));
     EXPECT_SAME_DOUBLE(-0.0, out[20]);
     EXPECT_SAME_DOUBLE(-1.0, out[23]);
     // Rotation 30 opened by the straight tip to 5, then 0.3 * 5 with nothing from tip or thumb.

@@ -7,13 +7,13 @@ namespace {
 using namespace quil;
 using namespace quil::test;
 
-TargetArray map(const InputAngles& in) {
+Targets map(const Readings& in) {
     HandMemory none;
     return hands::OYMotion_ROH_A001(in, none.ref());
 }
 
 TEST(OYMotionROHA001, OpenHand) {
-    const TargetArray out = map(all(0.0));
+    const Targets out = map(all(0.0));
     EXPECT_SAME_DOUBLE(-10.0, out[2]);                 // tip row offset, not doubled
     EXPECT_SAME_DOUBLE(-(-10.0 * 3 + 5), out[20]);     // rotation from the tip, mirrored
     EXPECT_SAME_DOUBLE(-30.0, out[3]);
@@ -41,7 +41,7 @@ TEST(OYMotionROHA001, ThumbBaseBands) {
 // The thumb rotation comes from the tip in four bands, mirrored at the end.
 TEST(OYMotionROHA001, ThumbRotationFollowsTheTip) {
     struct Case {
-        InputAngles in;
+        Readings in;
         double tip;
         double want;
     };
@@ -58,7 +58,7 @@ TEST(OYMotionROHA001, ThumbRotationFollowsTheTip) {
 
 // Middle joints close to -100, proximal joints only to -80.
 TEST(OYMotionROHA001, ProximalJointsStopAtEighty) {
-    const TargetArray out = map(with({{6, 100.0}, {9, 100.0}}));
+    const Targets out = map(with({{6, 100.0}, {9, 100.0}}));
     EXPECT_SAME_DOUBLE(-100.0, out[13]);
     EXPECT_SAME_DOUBLE(-80.0, out[12]);
     EXPECT_SAME_DOUBLE(-80.0, out[14]);
@@ -69,7 +69,7 @@ TEST(OYMotionROHA001, OutOfRangeReadingsActAsTheirBounds) {
     const std::pair<double, double> cases[] = {{kNaN, 120.0}, {kInf, 120.0}, {-kInf, -20.0}, {1e300, 120.0}, {-30.0, -20.0}};
     for (const auto& [raw, as] : cases)
         for (int i = 0; i < 12; ++i) {
-            const TargetArray got = map(with({{i, raw}})), want = map(with({{i, as}}));
+            const Targets got = map(with({{i, raw}})), want = map(with({{i, as}}));
             for (int s = 0; s < 24; ++s) EXPECT_SAME_DOUBLE(want[s], got[s]) << "input " << i << " slot " << s;
         }
 }

@@ -8,19 +8,19 @@ namespace {
 using namespace quil;
 using namespace quil::test;
 
-TargetArray map(const InputAngles& in) {
+Targets map(const Readings& in) {
     HandMemory none;
     return hands::PaXini_DexH13_GEN2(in, none.ref());
 }
 
 using Slots = std::vector<std::pair<int, double>>;
 
-void expect_slots(const TargetArray& out, const Slots& want, const char* what) {
+void expect_slots(const Targets& out, const Slots& want, const char* what) {
     for (const auto& [slot, value] : want) EXPECT_SAME_DOUBLE(value, out[slot]) << what << ", slot " << slot;
 }
 
 TEST(PaXiniDexH13Gen2, OpenHandPose) {
-    const TargetArray out = map(all(0.0));
+    const Targets out = map(all(0.0));
     expect_slots(out, {{3, -30.0},                        // rotation offset 30, mirrored
                        {7, -2.0},                         // index spread offset 2, mirrored
                        {11, 2.0 * 0.24 - 0.32 * 2.0},     // middle spread between index and ring
@@ -98,7 +98,7 @@ TEST(PaXiniDexH13Gen2, ContactNeedsThumbTipPastMinus25) {
 
 TEST(PaXiniDexH13Gen2, DeepFlexionSnaps) {
     // Index and little both end near -84.6: only the little finger (snap below -80) closes.
-    const TargetArray out = map(with({{3, 66.1}, {11, 54.05}}));
+    const Targets out = map(with({{3, 66.1}, {11, 54.05}}));
     EXPECT_SAME_DOUBLE((1.0 + -59.4) * 1.5 + 3.0, out[6]);
     EXPECT_SAME_DOUBLE(-62.7 + -62.7 + 80.0, out[5]);
     EXPECT_SAME_DOUBLE(-100.0, out[17]);
@@ -108,13 +108,13 @@ TEST(PaXiniDexH13Gen2, DeepFlexionSnaps) {
 
 TEST(PaXiniDexH13Gen2, ClosingHandFollowsIndexThenClosesFully) {
     // Middle, ring and little bent deep; the index at -76.5 leads the others.
-    const TargetArray follow = map(with({{3, 60.0}, {6, 66.1}, {9, 66.1}, {11, 66.1}}));
+    const Targets follow = map(with({{3, 60.0}, {6, 66.1}, {9, 66.1}, {11, 66.1}}));
     const double index = (1.0 + -54.0) * 1.5 + 3.0;
     for (int s : {6, 10, 14, 18}) EXPECT_SAME_DOUBLE(index, follow[s]) << "slot " << s;
     EXPECT_SAME_DOUBLE(0.5 * -57.0 - 10.0, follow[5]);  // not closed: index above -80
 
     // All four past -80: every finger joint closes, the distal joints keep their values.
-    const TargetArray fist = map(with({{3, 66.1}, {6, 66.1}, {9, 66.1}, {11, 66.1}}));
+    const Targets fist = map(with({{3, 66.1}, {6, 66.1}, {9, 66.1}, {11, 66.1}}));
     for (int s : {5, 6, 9, 10, 13, 14, 17, 18}) EXPECT_SAME_DOUBLE(-100.0, fist[s]) << "slot " << s;
     EXPECT_SAME_DOUBLE((-62.7 + -62.7 + 80.0) * 0.8, fist[4]);
 }
@@ -123,8 +123,8 @@ TEST(PaXiniDexH13Gen2, OutOfRangeReadingsActAsTheirBounds) {
     const std::pair<double, double> cases[] = {{kNaN, 120.0}, {kInf, 120.0}, {-kInf, -20.0}, {-30.0, -20.0}};
     for (const auto& [raw, as] : cases)
         for (int i = 0; i < 12; ++i) {
-            const TargetArray got = map(with({{i, raw}}));
-            const TargetArray want = map(with({{i, as}}));
+            const Targets got = map(with({{i, raw}}));
+            const Targets want = map(with({{i, as}}));
             for (int s = 0; s < 24; ++s) EXPECT_SAME_DOUBLE(want[s], got[s]) << "input " << i << " slot " << s;
         }
 }

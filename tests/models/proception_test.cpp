@@ -7,7 +7,7 @@ namespace {
 using namespace quil;
 using namespace quil::test;
 
-TargetArray map(const InputAngles& in) {
+Targets map(const Readings& in) {
     HandMemory none;
     return hands::Proception(in, none.ref());
 }
@@ -22,7 +22,7 @@ TEST(Proception, SharesTheInHouseCalibrationInItsOwnTables) {
 
 TEST(Proception, LittleFingerPinchPose) {
     // Thumb tip bent (x1), little finger curled (x11), the others open.
-    const TargetArray out = map(with({{1, 40.0}, {11, 60.0}}));
+    const Targets out = map(with({{1, 40.0}, {11, 60.0}}));
     EXPECT_SAME_DOUBLE(120.0, out[20]);  // the pose's -120, mirrored
     EXPECT_SAME_DOUBLE(-39.0, out[16]);
     EXPECT_SAME_DOUBLE(-52.0, out[17]);
@@ -31,20 +31,20 @@ TEST(Proception, LittleFingerPinchPose) {
 }
 
 TEST(Proception, NoPoseWithoutTheThumbTipBent) {
-    const TargetArray out = map(with({{11, 60.0}}));
+    const Targets out = map(with({{11, 60.0}}));
     EXPECT_NE(-67.0, out[18]);
     EXPECT_NE(120.0, out[20]);
 }
 
 TEST(Proception, FistClosesEveryFingerFully) {
-    const TargetArray out = map(with({{3, 120.0}, {6, 120.0}, {9, 120.0}, {11, 120.0}}));
+    const Targets out = map(with({{3, 120.0}, {6, 120.0}, {9, 120.0}, {11, 120.0}}));
     for (int slot : {5, 6, 9, 10, 13, 14, 17, 18}) EXPECT_SAME_DOUBLE(-100.0, out[slot]) << slot;
     EXPECT_SAME_DOUBLE(-1.0, out[23]);
 }
 
 TEST(Proception, CurlingHandFollowsTheIndex) {
     // All four fingers between -80 and -50 after their curves: the others copy the index.
-    const TargetArray out = map(with({{3, 50.0}, {6, 60.0}, {9, 50.0}, {11, 45.0}}));
+    const Targets out = map(with({{3, 50.0}, {6, 60.0}, {9, 50.0}, {11, 45.0}}));
     ASSERT_LT(out[6], -50.0);
     ASSERT_GE(out[6], -80.0);
     EXPECT_SAME_DOUBLE(out[6], out[10]);

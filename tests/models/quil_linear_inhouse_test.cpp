@@ -6,8 +6,8 @@ namespace {
 using namespace quil;
 using namespace quil::test;
 
-template <TargetArray (*Hand)(const InputAngles&, const MemoryRef&, const Coefficients&), const Coefficients& tables>
-TargetArray run(const InputAngles& in) {
+template <Targets (*Hand)(const Readings&, const MemoryRef&, const Coefficients&), const Coefficients& tables>
+Targets run(const Readings& in) {
     HandMemory none;
     return Hand(in, none.ref(), tables);
 }
@@ -18,7 +18,7 @@ constexpr auto AG = run<hands::QUIL_linear_AG, hands::QUIL_linear_AG_coefficient
 TEST(QuilLinearInHouse, OpenHandPoses) {
     struct Case {
         const char* hand;
-        TargetArray (*map)(const InputAngles&);
+        Targets (*map)(const Readings&);
         double thumb_rotation, second_thumb, first_thumb;
     };
     // AD: row 3 raised to its floor 5; out[20] keeps row 16 (-10), mirrored.
@@ -30,7 +30,7 @@ TEST(QuilLinearInHouse, OpenHandPoses) {
         {"AG", AG, 25.0, -1.0, -40.0},
     };
     for (const Case& c : cases) {
-        const TargetArray out = c.map(all(0.0));
+        const Targets out = c.map(all(0.0));
         EXPECT_SAME_DOUBLE(c.thumb_rotation, out[3]) << c.hand;
         EXPECT_SAME_DOUBLE(c.second_thumb, out[20]) << c.hand;
         EXPECT_SAME_DOUBLE(c.first_thumb, out[1]) << c.hand;
@@ -41,10 +41,10 @@ TEST(QuilLinearInHouse, OpenHandPoses) {
 
 TEST(QuilLinearAD, FirstJointsRestSlightlyOpenButNeverExtend) {
     // out[5] = 0 would give 13 for out[4], which is then zeroed.
-    const TargetArray open = AD(all(0.0));
+    const Targets open = AD(all(0.0));
     EXPECT_SAME_DOUBLE(0.0, open[4]);
     // x3 = 120 drives row 4 to -100: out[4] = 0.76 * -100 + 13.
-    const TargetArray bent = AD(with({{3, 120.0}}));
+    const Targets bent = AD(with({{3, 120.0}}));
     EXPECT_SAME_DOUBLE(-100.0, bent[5]);
     EXPECT_SAME_DOUBLE(-100.0 * 0.76 + 13.0, bent[4]);
 }
@@ -52,7 +52,7 @@ TEST(QuilLinearAD, FirstJointsRestSlightlyOpenButNeverExtend) {
 TEST(QuilLinearAD, SecondThumbValueIsClampedBeforeTheMirror) {
     for (double x0 = -20; x0 <= 120; x0 += 7)
         for (double x1 = -20; x1 <= 120; x1 += 7) {
-            const TargetArray out = AD(with({{0, x0}, {1, x1}}));
+            const Targets out = AD(with({{0, x0}, {1, x1}}));
             EXPECT_GE(out[20], -15.0);
             EXPECT_LE(out[20], 50.0);
         }
@@ -81,7 +81,7 @@ TEST(QuilLinearAG, LittleSpreadIsTripledBelowSevenAndRaisedFromSeven) {
 
 TEST(QuilLinearAG, SecondThumbValueFollowsTheClampedTip) {
     // A deeply bent tip is clamped at -60 before out[20] = 0.6 * tip - 5 is formed.
-    const TargetArray out = AG(with({{1, 120.0}}));
+    const Targets out = AG(with({{1, 120.0}}));
     EXPECT_SAME_DOUBLE(-(0.6 * -60.0 - 5.0), out[20]);
 }
 

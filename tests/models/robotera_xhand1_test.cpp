@@ -5,13 +5,13 @@ namespace {
 using namespace quil;
 using namespace quil::test;
 
-TargetArray map(const InputAngles& in) {
+Targets map(const Readings& in) {
     HandMemory none;
     return hands::ROBOTERA_XHAND1(in, none.ref());
 }
 
 TEST(RoboteraXHand1, OpenHand) {
-    const TargetArray out = map(all(0.0));
+    const Targets out = map(all(0.0));
     EXPECT_SAME_DOUBLE(-30.0, out[3]);  // row 3's offset, mirrored
     EXPECT_SAME_DOUBLE(-22.0, out[2]);  // row 2's offset -10 amplified by 2.2
     EXPECT_SAME_DOUBLE(0.0, out[21]);
@@ -25,7 +25,7 @@ TEST(RoboteraXHand1, OpenHand) {
 TEST(RoboteraXHand1, ThumbFlexedPoses) {
     struct Case {
         const char* pose;
-        InputAngles in;
+        Readings in;
         std::initializer_list<std::pair<int, double>> expect;
     };
     const Case cases[] = {
@@ -45,7 +45,7 @@ TEST(RoboteraXHand1, ThumbFlexedPoses) {
          {{0, -35.0}, {1, -35.0}, {2, -85.0}, {5, -40.0}, {9, -40.0}, {10, -76.0}}},
     };
     for (const Case& c : cases) {
-        const TargetArray out = map(c.in);
+        const Targets out = map(c.in);
         for (const auto& [slot, v] : c.expect) EXPECT_SAME_DOUBLE(v, out[slot]) << c.pose << " slot " << slot;
         EXPECT_SAME_DOUBLE(-1.0, out[23]) << c.pose;
     }
@@ -55,7 +55,7 @@ TEST(RoboteraXHand1, GraspCurlScalesByHowFarTheJointAlreadyIs) {
     // Middle and ring together. The middle knuckle arrives at row 8 = 1 - 40.4, remapped in its
     // middle piece, and is curled toward -76 with gain 1.0: |v / -76| * (1.0 * v), which from
     // this start relaxes it rather than deepening it.
-    const TargetArray out = map(with({{1, 40.0}, {6, 40.0}, {9, 40.0}}));
+    const Targets out = map(with({{1, 40.0}, {6, 40.0}, {9, 40.0}}));
     const double v = 0.6 * (1.0 + -40.4) - 42.0;
     EXPECT_SAME_DOUBLE(std::fabs(v / -76.0) * (1.0 * v), out[10]);
     EXPECT_SAME_DOUBLE(-40.0, out[9]);
@@ -65,7 +65,7 @@ TEST(RoboteraXHand1, GraspCurlScalesByHowFarTheJointAlreadyIs) {
 }
 
 TEST(RoboteraXHand1, FistClosesEveryFingerWhateverTheThumb) {
-    const TargetArray out = map(with({{3, 60.0}, {6, 60.0}, {9, 60.0}, {11, 40.0}}));
+    const Targets out = map(with({{3, 60.0}, {6, 60.0}, {9, 60.0}, {11, 40.0}}));
     for (int slot : {5, 6, 9, 10, 13, 14, 17, 18}) EXPECT_SAME_DOUBLE(-100.0, out[slot]) << slot;
     // The first copies followed their joints before the fist snapped them shut.
     for (int slot : {4, 8, 12, 16}) EXPECT_GT(out[slot], -80.0) << slot;

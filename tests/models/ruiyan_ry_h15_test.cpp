@@ -1,5 +1,7 @@
 #include "test_util.h"
 
+#include "quil_linear/quil_linear.hpp"
+
 namespace {
 
 using namespace quil;
@@ -8,15 +10,15 @@ using namespace quil::test;
 // Poses that drive the pinches: thumb roll bent with the index half bent (index pinch), thumb
 // roll bent with the middle finger half bent (middle pinch, and the index pinch through the sum
 // of thumb and index bends).
-const InputAngles kIndexPinch = with({{0, 90.0}, {3, 50.0}});
-const InputAngles kIndexPinchShallow = with({{0, 90.0}, {3, 30.0}});
-const InputAngles kMiddlePinch = with({{0, 80.0}, {6, 50.0}});
-const InputAngles kOpen = all(0.0);
+const Readings kIndexPinch = with({{0, 90.0}, {3, 50.0}});
+const Readings kIndexPinchShallow = with({{0, 90.0}, {3, 30.0}});
+const Readings kMiddlePinch = with({{0, 80.0}, {6, 50.0}});
+const Readings kOpen = all(0.0);
 
 TEST(RuiyanRyH15, PinchLatchesAcrossSamples) {
     struct Step {
         const char* what;
-        InputAngles in;
+        Readings in;
         bool index_latch, middle_latch;
         int slot;
         double value;
@@ -34,19 +36,19 @@ TEST(RuiyanRyH15, PinchLatchesAcrossSamples) {
     };
     HandMemory memory;
     for (const Step& s : steps) {
-        const TargetArray out = hands::RUIYAN_RY_H15(s.in, memory.ref());
-        EXPECT_EQ(s.index_latch, memory.fingerPinchDone[0]) << s.what;
-        EXPECT_EQ(s.middle_latch, memory.fingerPinchDone[1]) << s.what;
+        const Targets out = hands::RUIYAN_RY_H15(s.in, memory.ref());
+        EXPECT_EQ(s.index_latch, memory.pinch_latches[0]) << s.what;
+        EXPECT_EQ(s.middle_latch, memory.pinch_latches[1]) << s.what;
         EXPECT_SAME_DOUBLE(s.value, out[s.slot]) << s.what;
     }
     HandMemory fresh;
     EXPECT_SAME_DOUBLE(-25.266681892357088, hands::RUIYAN_RY_H15(kIndexPinchShallow, fresh.ref())[6]);
-    EXPECT_FALSE(fresh.fingerPinchDone[0]);
+    EXPECT_FALSE(fresh.pinch_latches[0]);
 }
 
 TEST(RuiyanRyH15, BothPinchesInOneSampleLeaveTheMiddleThumbPose) {
     HandMemory memory;
-    const TargetArray out = hands::RUIYAN_RY_H15(kMiddlePinch, memory.ref());
+    const Targets out = hands::RUIYAN_RY_H15(kMiddlePinch, memory.ref());
     EXPECT_SAME_DOUBLE(-46.0, out[1]);
     EXPECT_SAME_DOUBLE(-28.0, out[3]);   // 28, mirrored
     EXPECT_SAME_DOUBLE(-21.0, out[20]);  // 21, mirrored
@@ -69,7 +71,7 @@ TEST(RuiyanRyH15, ClassStaticsCarryTheLatches) {
 
 TEST(RuiyanRyH15, FullBendLocks) {
     struct Case {
-        InputAngles in;
+        Readings in;
         int slot;
         double value;  // both slot and slot + 1
     };
@@ -79,7 +81,7 @@ TEST(RuiyanRyH15, FullBendLocks) {
     };
     for (const Case& c : cases) {
         HandMemory memory;
-        const TargetArray out = hands::RUIYAN_RY_H15(c.in, memory.ref());
+        const Targets out = hands::RUIYAN_RY_H15(c.in, memory.ref());
         EXPECT_SAME_DOUBLE(c.value, out[c.slot]);
         EXPECT_SAME_DOUBLE(c.value, out[c.slot + 1]);
     }
@@ -90,7 +92,7 @@ TEST(RuiyanRyH15, NaNReadingReachesEveryRow) {
     // unlimited rows 17 and 18 come out at -2147483648 / 10 whichever reading was NaN.
     for (int i = 0; i < 12; ++i) {
         HandMemory memory;
-        const TargetArray out = hands::RUIYAN_RY_H15(with({{i, kNaN}}), memory.ref());
+        const Targets out = hands::RUIYAN_RY_H15(with({{i, kNaN}}), memory.ref());
         EXPECT_SAME_DOUBLE(-214748364.8, out[21]) << "input " << i;
         EXPECT_SAME_DOUBLE(-214748364.8, out[22]) << "input " << i;
         EXPECT_SAME_DOUBLE(-1.0, out[23]);

@@ -5,7 +5,7 @@ namespace {
 using namespace quil;
 using namespace quil::test;
 
-TargetArray map(const InputAngles& in) {
+Targets map(const Readings& in) {
     HandMemory none;
     return hands::RUIYAN_RY_H2(in, none.ref());
 }
@@ -36,7 +36,7 @@ TEST(RuiyanRYH2, PinchPosesSetOnlyThumbSlots2And3AndTheFinger) {
     // x11 = 40: little at -40.85. Thumb slot 0 keeps following the glove.
     struct Case {
         const char* name;
-        InputAngles in;
+        Readings in;
         int finger;
         double slot2, rotation, bend, slot0;
     };
@@ -49,7 +49,7 @@ TEST(RuiyanRYH2, PinchPosesSetOnlyThumbSlots2And3AndTheFinger) {
         {"index blocks middle", with({{0, 80.0}, {3, 60.0}, {6, 50.0}}), 10, -26.0, -20.0, -44.0 * 0.9, -84.0},
     };
     for (const Case& c : cases) {
-        const TargetArray out = map(c.in);
+        const Targets out = map(c.in);
         EXPECT_SAME_DOUBLE(c.slot2, out[2]) << c.name;
         EXPECT_SAME_DOUBLE(c.rotation, out[3]) << c.name;
         EXPECT_SAME_DOUBLE(c.bend, out[c.finger]) << c.name;

@@ -5,21 +5,21 @@ namespace {
 using namespace quil;
 using namespace quil::test;
 
-TargetArray map(const InputAngles& in) {
+Targets map(const Readings& in) {
     HandMemory none;
     return hands::TalentRobot_Pro(in, none.ref());
 }
 
 TEST(TalentRobotPro, ThumbTipIsRemappedOntoTheHandsRange) {
     // Open: the tip lands at 50, which turns the rotation to 30 - 60 * 1.2 (mirrored: 42).
-    const TargetArray open = map(all(0.0));
+    const Targets open = map(all(0.0));
     EXPECT_SAME_DOUBLE(50.0, open[2]);
     EXPECT_SAME_DOUBLE(42.0, open[3]);
     EXPECT_SAME_DOUBLE(-0.0, open[20]);
     EXPECT_SAME_DOUBLE(-1.0, open[23]);
     // Tip fully bent: -60 is not scaled and lands at -40; the rotation bottoms out at 20; the
     // deepest spread band scales -60 by 0.7 (mirrored: 42).
-    const TargetArray bent = map(with({{2, 120.0}}));
+    const Targets bent = map(with({{2, 120.0}}));
     EXPECT_SAME_DOUBLE(-40.0, bent[2]);
     EXPECT_SAME_DOUBLE(-20.0, bent[3]);
     EXPECT_SAME_DOUBLE(42.0, bent[20]);
@@ -28,7 +28,7 @@ TEST(TalentRobotPro, ThumbTipIsRemappedOntoTheHandsRange) {
 TEST(TalentRobotPro, PinchPoses) {
     struct Case {
         const char* what;
-        InputAngles in;
+        Readings in;
         double base, tip, rotation, spread;  // out[1], out[2], out[3], out[20] as returned
         int finger_slot;
         double finger[3];
@@ -42,7 +42,7 @@ TEST(TalentRobotPro, PinchPoses) {
         {"index before middle", with({{0, 60.0}, {3, 60.0}, {6, 90.0}}), -26.0, 15.0, 41.0, 45.0, 4, {-77.0, -38.0, -61.0}},
     };
     for (const Case& c : cases) {
-        const TargetArray out = map(c.in);
+        const Targets out = map(c.in);
         EXPECT_SAME_DOUBLE(0.0, out[0]) << c.what;
         EXPECT_SAME_DOUBLE(c.base, out[1]) << c.what;
         EXPECT_SAME_DOUBLE(c.tip, out[2]) << c.what;
@@ -55,7 +55,7 @@ TEST(TalentRobotPro, PinchPoses) {
 
 TEST(TalentRobotPro, PinchNeedsTheThumbBaseHalfBent) {
     // The index alone is in its pinch band, but the open thumb keeps the gate shut.
-    const TargetArray out = map(with({{3, 60.0}}));
+    const Targets out = map(with({{3, 60.0}}));
     EXPECT_SAME_DOUBLE(0.0, out[1]);
     EXPECT_SAME_DOUBLE(50.0, out[2]);
     EXPECT_NE(-61.0, out[6]);
@@ -68,8 +68,8 @@ TEST(TalentRobotPro, OutOfRangeReadingsActAsTheirBounds) {
     const Case cases[] = {{kNaN, 120.0}, {kInf, 120.0}, {-kInf, -20.0}, {-30.0, -20.0}};
     for (const Case& c : cases)
         for (int i = 0; i < 12; ++i) {
-            const TargetArray got = map(with({{i, c.raw}}));
-            const TargetArray want = map(with({{i, c.as}}));
+            const Targets got = map(with({{i, c.raw}}));
+            const Targets want = map(with({{i, c.as}}));
             for (int s = 0; s < 24; ++s) EXPECT_SAME_DOUBLE(want[s], got[s]) << "input " << i << " slot " << s;
         }
 }

@@ -1,18 +1,20 @@
 #include "test_util.h"
 
+#include "quil_linear/quil_linear.hpp"
+
 namespace {
 
 using namespace quil;
 using namespace quil::test;
 
 // Thumb roll and base bent with the index bent: the index pinch closes fully and latches.
-const InputAngles kIndexPinch = with({{0, 50.0}, {1, 90.0}, {3, 80.0}});
-const InputAngles kMiddlePinch = with({{0, 40.0}, {1, 110.0}, {6, 80.0}});
+const Readings kIndexPinch = with({{0, 50.0}, {1, 90.0}, {3, 80.0}});
+const Readings kMiddlePinch = with({{0, 40.0}, {1, 110.0}, {6, 80.0}});
 
 TEST(TetheriaAeroHandOpen, PinchLatchesAcrossSamples) {
     struct Step {
         const char* what;
-        InputAngles in;
+        Readings in;
         bool index_latch, middle_latch;
         int slot;
         double value;
@@ -31,9 +33,9 @@ TEST(TetheriaAeroHandOpen, PinchLatchesAcrossSamples) {
     };
     HandMemory memory;
     for (const Step& s : steps) {
-        const TargetArray out = hands::TetherIA_AeroHandOpen(s.in, memory.ref());
-        EXPECT_EQ(s.index_latch, memory.fingerPinchDone[0]) << s.what;
-        EXPECT_EQ(s.middle_latch, memory.fingerPinchDone[1]) << s.what;
+        const Targets out = hands::TetherIA_AeroHandOpen(s.in, memory.ref());
+        EXPECT_EQ(s.index_latch, memory.pinch_latches[0]) << s.what;
+        EXPECT_EQ(s.middle_latch, memory.pinch_latches[1]) << s.what;
         EXPECT_SAME_DOUBLE(s.value, out[s.slot]) << s.what;
     }
 }
@@ -43,16 +45,16 @@ TEST(TetheriaAeroHandOpen, HeldIndexPinchRunsOnTheRememberedThumb) {
     // held pinch runs with the index straight, and releases.
     HandMemory memory;
     hands::TetherIA_AeroHandOpen(kIndexPinch, memory.ref());
-    const TargetArray out = hands::TetherIA_AeroHandOpen(with({{0, 50.0}, {1, 90.0}}), memory.ref());
+    const Targets out = hands::TetherIA_AeroHandOpen(with({{0, 50.0}, {1, 90.0}}), memory.ref());
     EXPECT_SAME_DOUBLE(-59.0, out[5]);
     EXPECT_SAME_DOUBLE(-21.0, out[3]);
     EXPECT_SAME_DOUBLE(0.0, out[6]);
-    EXPECT_FALSE(memory.fingerPinchDone[0]);
+    EXPECT_FALSE(memory.pinch_latches[0]);
 }
 
 TEST(TetheriaAeroHandOpen, ThumbIsScaledByThePalmOpeningAndRememberedUnscaled) {
     struct Case {
-        InputAngles in;
+        Readings in;
         double thumb1, thumb2;  // the remembered tip and base
     };
     const Case cases[] = {
@@ -62,10 +64,10 @@ TEST(TetheriaAeroHandOpen, ThumbIsScaledByThePalmOpeningAndRememberedUnscaled) {
     };
     for (const Case& c : cases) {
         HandMemory memory;
-        memory.thumb1_ref_val = memory.thumb2_ref_val = 99.0;
-        const TargetArray out = hands::TetherIA_AeroHandOpen(c.in, memory.ref());
-        EXPECT_SAME_DOUBLE(c.thumb1, memory.thumb1_ref_val);
-        EXPECT_SAME_DOUBLE(c.thumb2, memory.thumb2_ref_val);
+        memory.thumb_references[0] = memory.thumb_references[1] = 99.0;
+        const Targets out = hands::TetherIA_AeroHandOpen(c.in, memory.ref());
+        EXPECT_SAME_DOUBLE(c.thumb1, memory.thumb_references[0]);
+        EXPECT_SAME_DOUBLE(c.thumb2, memory.thumb_references[1]);
         const double rotation = -out[3];
         const double gain = rotation <= 22 ? 0.3 : rotation / 30.0;
         EXPECT_SAME_DOUBLE(c.thumb2 * gain, out[1]);
@@ -74,28 +76,28 @@ TEST(TetheriaAeroHandOpen, ThumbIsScaledByThePalmOpeningAndRememberedUnscaled) {
 
 TEST(TetheriaAeroHandOpen, FistRollsTheThumbAndTheLittleFingerHasNoLock) {
     HandMemory memory;
-    const TargetArray fist =
+    const Targets fist =
         hands::TetherIA_AeroHandOpen(with({{3, 120.0}, {6, 120.0}, {9, 120.0}, {11, 120.0}}), memory.ref());
     EXPECT_SAME_DOUBLE(-50.0, fist[0]);
     EXPECT_SAME_DOUBLE(0.0, hands::TetherIA_AeroHandOpen(with({{3, 120.0}}), memory.ref())[0]);
     // Little finger past -80 but not driven to -100.
-    const TargetArray little = hands::TetherIA_AeroHandOpen(with({{11, 70.0}}), memory.ref());
+    const Targets little = hands::TetherIA_AeroHandOpen(with({{11, 70.0}}), memory.ref());
     EXPECT_SAME_DOUBLE(-76.0 * 1.1, little[18]);  // row 14 amplified, past -80
     EXPECT_SAME_DOUBLE(-98.0, little[17]);
 }
 
 TEST(TetheriaAeroHandOpen, RingAndLittlePinchPoses) {
     HandMemory memory;
-    const TargetArray ring = hands::TetherIA_AeroHandOpen(with({{0, 60.0}, {9, 120.0}}), memory.ref());
+    const Targets ring = hands::TetherIA_AeroHandOpen(with({{0, 60.0}, {9, 120.0}}), memory.ref());
     EXPECT_SAME_DOUBLE(-58.0, ring[1]);
     EXPECT_SAME_DOUBLE(-30.0, ring[3]);
     EXPECT_SAME_DOUBLE(-0.0, ring[20]);
     EXPECT_SAME_DOUBLE(-83.0, ring[13]);
-    const TargetArray little = hands::TetherIA_AeroHandOpen(with({{0, 60.0}, {11, 50.0}}), memory.ref());
+    const Targets little = hands::TetherIA_AeroHandOpen(with({{0, 60.0}, {11, 50.0}}), memory.ref());
     EXPECT_SAME_DOUBLE(-52.0, little[1]);
     EXPECT_SAME_DOUBLE(-2.0, little[20]);
     EXPECT_SAME_DOUBLE(-73.0, little[17]);
-    EXPECT_FALSE(memory.fingerPinchDone[0] || memory.fingerPinchDone[1]);
+    EXPECT_FALSE(memory.pinch_latches[0] || memory.pinch_latches[1]);
 }
 
 TEST(TetheriaAeroHandOpen, ClassStaticsCarryLatchesAndThumb) {

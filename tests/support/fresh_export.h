@@ -30,8 +30,8 @@ inline const std::vector<Export>& exports() {
     static const std::vector<Export> all = {
 #define PER_CALL true
 #define PERSISTENT false
-#define QUIL_MODEL(hand, version, buffer, keeps_state) {#hand, &hand##_GetDataValue, buffer},
-#include "models/hand_list.h"
+#define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) {#hand, &hand##_GetDataValue, buffer},
+#include "models/catalogue_list.h"
 #undef QUIL_MODEL
 #undef PER_CALL
 #undef PERSISTENT
