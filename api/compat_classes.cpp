@@ -25,7 +25,7 @@
 #define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) \
     QUIL_COMPAT_TABLE_SECTION double Quil_linear::hand::weight[228];              \
     QUIL_COMPAT_TABLE_SECTION double Quil_linear::hand::w0[19];
-#include "models/catalogue_list.h"
+#include "quil_linear/catalogue_list.h"
 #undef QUIL_MODEL
 
 namespace {
@@ -38,7 +38,7 @@ struct PublishedTables {
     std::memcpy(Quil_linear::hand::weight, quil::hands::hand##_coefficients.weight,             \
                 sizeof Quil_linear::hand::weight);                                              \
     std::memcpy(Quil_linear::hand::w0, quil::hands::hand##_coefficients.w0, sizeof Quil_linear::hand::w0);
-#include "models/catalogue_list.h"
+#include "quil_linear/catalogue_list.h"
 #undef QUIL_MODEL
     }
 };
@@ -106,5 +106,5 @@ int get_data1(int a, int b) {
                                  quil::Coefficients{weight, w0});                               \
     }                                                                                           \
     QUIL_COMPAT_GET_DATA1_##get_data1(hand)
-#include "models/catalogue_list.h"
+#include "quil_linear/catalogue_list.h"
 #undef QUIL_MODEL

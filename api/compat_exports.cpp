@@ -43,5 +43,5 @@ extern "C" void FreeMemory(double* p) { delete[] p; }
 #define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) \
     QUIL_EXPORT_##buffer(hand, version)                                         \
     extern "C" const char* hand##_GetVersion(void) { return version; }
-#include "models/catalogue_list.h"
+#include "quil_linear/catalogue_list.h"
 #undef QUIL_MODEL

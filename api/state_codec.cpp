@@ -45,7 +45,7 @@ constexpr std::size_t stage_state_size(std::size_t outputs) { return kStageOutpu
 
 #define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) \
     static_assert(sizeof(#hand) <= kNameField, "a hand name must fit the state's name field");
-#include "models/catalogue_list.h"
+#include "quil_linear/catalogue_list.h"
 #undef QUIL_MODEL
 
 std::uint32_t crc32(const unsigned char* p, std::size_t n) {

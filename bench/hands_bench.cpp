@@ -58,7 +58,7 @@ void per_sample(benchmark::State& state) {
 
 const ExportFn kExports[] = {
 #define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) &hand##_GetDataValue,
-#include "models/catalogue_list.h"
+#include "quil_linear/catalogue_list.h"
 #undef QUIL_MODEL
 };
 

@@ -51,7 +51,7 @@ const HandModel kHandModels[kHandCount] = {
 #define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) \
     {#hand, version, buffer, keeps_state != 0, &hands::hand, &hands::hand##_coefficients, \
      &hands::hand##_slots},
-#include "models/catalogue_list.h"
+#include "quil_linear/catalogue_list.h"
 #undef QUIL_MODEL
 };
 

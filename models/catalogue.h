@@ -1,4 +1,4 @@
-// The catalogue of hands, expanded from the list in models/catalogue_list.h: each hand's mapping
+// The catalogue of hands, expanded from the list in include/quil_linear/catalogue_list.h: each hand's mapping
 // (one file per hand in models/) and the table of what the library knows of every hand, in
 // catalogue order. The hand handles, the compatibility layer, the tests and the benchmarks all
 // take their hands from here.
@@ -21,7 +21,7 @@ namespace quil::hands {
     extern const SlotDeclaration hand##_slots;                                  \
     Targets hand(const Readings& in, const MemoryRef& memory,                   \
                  const Coefficients& tables = hand##_coefficients);
-#include "models/catalogue_list.h"
+#include "quil_linear/catalogue_list.h"
 #undef QUIL_MODEL
 
 }  // namespace quil::hands
@@ -54,7 +54,7 @@ struct HandModel {
 
 inline constexpr std::size_t kHandCount = 0
 #define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) +1
-#include "models/catalogue_list.h"
+#include "quil_linear/catalogue_list.h"
 #undef QUIL_MODEL
     ;
 

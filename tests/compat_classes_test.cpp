@@ -20,7 +20,7 @@ struct ClassTables {
 const ClassTables kClasses[] = {
 #define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) \
     {#hand, Quil_linear::hand::weight, Quil_linear::hand::w0, quil::hands::hand##_coefficients},
-#include "models/catalogue_list.h"
+#include "quil_linear/catalogue_list.h"
 #undef QUIL_MODEL
 };
 

@@ -21,164 +21,39 @@ namespace Quil_linear {
 // The 24 joint targets of one sample, in the hand's slot order.
 using TargetArray = std::array<double, 24>;
 
-#define QUIL_LINEAR_MAPPING_                                                              \
-    static double weight[228];                                                            \
-    static double w0[19];                                                                 \
-    static TargetArray GetDataValue(double x0, double x1, double x2, double x3, double x4, \
-                                    double x5, double x6, double x7, double x8, double x9, \
-                                    double x10, double x11);
+// One class per line of quil_linear/catalogue_list.h, named by its first column. The list's
+// `get_data1` column says whether the class has GetData1, and `class_memory` which pinch memory
+// it shows: LATCHES (fingerPinchDone), LATCHES_THUMB1 (and thumb1_ref_val), LATCHES_THUMBS (and
+// thumb2_ref_val); NO_MEMORY and PRIVATE_LATCHES show none.
+#define QUIL_LINEAR_GET_DATA1_0_
+#define QUIL_LINEAR_GET_DATA1_1_ static int GetData1(int a, int b); /* a * b * 2 - 2, wrapping in 32 bits */
+#define QUIL_LINEAR_MEMORY_NO_MEMORY_
+#define QUIL_LINEAR_MEMORY_PRIVATE_LATCHES_
+#define QUIL_LINEAR_MEMORY_LATCHES_ static bool fingerPinchDone[4];
+#define QUIL_LINEAR_MEMORY_LATCHES_THUMB1_ QUIL_LINEAR_MEMORY_LATCHES_ static double thumb1_ref_val;
+#define QUIL_LINEAR_MEMORY_LATCHES_THUMBS_ \
+    QUIL_LINEAR_MEMORY_LATCHES_THUMB1_ static double thumb2_ref_val;
 
-
-class QUIL_API QUIL_linear_AA {
-  public:
-    QUIL_LINEAR_MAPPING_
-    static int GetData1(int a, int b);  // a * b * 2 - 2, wrapping in 32 bits
-};
-
-class QUIL_API QUIL_linear_AD {
-  public:
-    QUIL_LINEAR_MAPPING_
-    static int GetData1(int a, int b);  // a * b * 2 - 2, wrapping in 32 bits
-};
-
-class QUIL_API QUIL_linear_AE {
-  public:
-    QUIL_LINEAR_MAPPING_
-    static int GetData1(int a, int b);  // a * b * 2 - 2, wrapping in 32 bits
-};
-
-class QUIL_API QUIL_linear_AG {
-  public:
-    QUIL_LINEAR_MAPPING_
-};
-
-class QUIL_API PaXini_DexH13_GEN2 {
-  public:
-    QUIL_LINEAR_MAPPING_
-};
-
-class QUIL_API BrainCo_Revo1 {
-  public:
-    QUIL_LINEAR_MAPPING_
-};
-
-class QUIL_API BrainCo_Revo2 {
-  public:
-    QUIL_LINEAR_MAPPING_
-};
-
-class QUIL_API DexRobot_DexHand021_MP {
-  public:
-    QUIL_LINEAR_MAPPING_
-};
-
-class QUIL_API LINKERBOT_LinkerHand_O6 {
-  public:
-    QUIL_LINEAR_MAPPING_
-};
-
-class QUIL_API LINKERBOT_LinkerHand_O7 {
-  public:
-    QUIL_LINEAR_MAPPING_
-};
-
-class QUIL_API LINKERBOT_LinkerHand_L10 {
-  public:
-    QUIL_LINEAR_MAPPING_
-};
-
-class QUIL_API LINKERBOT_LinkerHand_L20 {
-  public:
-    QUIL_LINEAR_MAPPING_
-};
-
-class QUIL_API INSPIRE_ROBOTS_RH56DFX {
-  public:
-    QUIL_LINEAR_MAPPING_
-};
-
-class QUIL_API INSPIRE_ROBOTS_RH56F1_E4 {
-  public:
-    QUIL_LINEAR_MAPPING_
-    static bool fingerPinchDone[4];
-    static double thumb1_ref_val;
-};
-
-class QUIL_API OYMotion_ROH_A001 {
-  public:
-    QUIL_LINEAR_MAPPING_
-};
-
-class QUIL_API ROBOTERA_XHAND1 {
-  public:
-    QUIL_LINEAR_MAPPING_
-    static int GetData1(int a, int b);  // a * b * 2 - 2, wrapping in 32 bits
-};
-
-class QUIL_API PICO_PXRHand {
-  public:
-    QUIL_LINEAR_MAPPING_
-    static int GetData1(int a, int b);  // a * b * 2 - 2, wrapping in 32 bits
-};
-
-class QUIL_API Proception {
-  public:
-    QUIL_LINEAR_MAPPING_
-    static int GetData1(int a, int b);  // a * b * 2 - 2, wrapping in 32 bits
-};
-
-class QUIL_API AgiBot_OmniHand_O10 {
-  public:
-    QUIL_LINEAR_MAPPING_
-    static int GetData1(int a, int b);  // a * b * 2 - 2, wrapping in 32 bits
-};
-
-class QUIL_API AgiBot_OmniHand_O12 {
-  public:
-    QUIL_LINEAR_MAPPING_
-    static int GetData1(int a, int b);  // a * b * 2 - 2, wrapping in 32 bits
-};
-
-class QUIL_API LeadShine_DH116 {
-  public:
-    QUIL_LINEAR_MAPPING_
-    static int GetData1(int a, int b);  // a * b * 2 - 2, wrapping in 32 bits
-};
-
-class QUIL_API RUIYAN_RY_H2 {
-  public:
-    QUIL_LINEAR_MAPPING_
-    static int GetData1(int a, int b);  // a * b * 2 - 2, wrapping in 32 bits
-};
-
-class QUIL_API RUIYAN_RY_H15 {
-  public:
-    QUIL_LINEAR_MAPPING_
-    static int GetData1(int a, int b);  // a * b * 2 - 2, wrapping in 32 bits
-    static bool fingerPinchDone[4];
-};
-
-class QUIL_API CHOHO_Hand {
-  public:
-    QUIL_LINEAR_MAPPING_
-    static bool fingerPinchDone[4];
-};
-
-class QUIL_API TalentRobot_Pro {
-  public:
-    QUIL_LINEAR_MAPPING_
-    static int GetData1(int a, int b);  // a * b * 2 - 2, wrapping in 32 bits
-};
-
-class QUIL_API TetherIA_AeroHandOpen {
-  public:
-    QUIL_LINEAR_MAPPING_
-    static bool fingerPinchDone[4];
-    static double thumb1_ref_val;
-    static double thumb2_ref_val;
-};
-
-#undef QUIL_LINEAR_MAPPING_
+#define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1)                   \
+    class QUIL_API hand {                                                                        \
+      public:                                                                                    \
+        static double weight[228];                                                               \
+        static double w0[19];                                                                    \
+        static TargetArray GetDataValue(double x0, double x1, double x2, double x3, double x4,   \
+                                        double x5, double x6, double x7, double x8, double x9,   \
+                                        double x10, double x11);                                 \
+        QUIL_LINEAR_GET_DATA1_##get_data1##_                                                     \
+        QUIL_LINEAR_MEMORY_##class_memory##_                                                     \
+    };
+#include "quil_linear/catalogue_list.h"
+#undef QUIL_MODEL
+#undef QUIL_LINEAR_GET_DATA1_0_
+#undef QUIL_LINEAR_GET_DATA1_1_
+#undef QUIL_LINEAR_MEMORY_NO_MEMORY_
+#undef QUIL_LINEAR_MEMORY_PRIVATE_LATCHES_
+#undef QUIL_LINEAR_MEMORY_LATCHES_
+#undef QUIL_LINEAR_MEMORY_LATCHES_THUMB1_
+#undef QUIL_LINEAR_MEMORY_LATCHES_THUMBS_
 
 }  // namespace Quil_linear
 

@@ -146,7 +146,7 @@ std::vector<unsigned char> class_statics() {
 #define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) \
     add(Quil_linear::hand::weight, sizeof(Quil_linear::hand::weight)); \
     add(Quil_linear::hand::w0, sizeof(Quil_linear::hand::w0));
-#include "models/catalogue_list.h"
+#include "quil_linear/catalogue_list.h"
 #undef QUIL_MODEL
     add(Quil_linear::INSPIRE_ROBOTS_RH56F1_E4::fingerPinchDone, 4);
     add(&Quil_linear::INSPIRE_ROBOTS_RH56F1_E4::thumb1_ref_val, 8);

@@ -32,7 +32,7 @@ static const struct hand {
     int keeps_state;
 } hands[] = {
 #define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) {#hand, version, buffer, keeps_state},
-#include "models/catalogue_list.h"
+#include "quil_linear/catalogue_list.h"
 #undef QUIL_MODEL
 };
 enum { hand_count = sizeof hands / sizeof hands[0] };

@@ -31,7 +31,7 @@ inline const std::vector<Export>& exports() {
 #define PER_CALL true
 #define PERSISTENT false
 #define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) {#hand, &hand##_GetDataValue, buffer},
-#include "models/catalogue_list.h"
+#include "quil_linear/catalogue_list.h"
 #undef QUIL_MODEL
 #undef PER_CALL
 #undef PERSISTENT

@@ -1,5 +1,7 @@
-/* The list of hands the library serves, in catalogue order: models/catalogue.h expands it into
- * the hands' mappings and the catalogue table, api/ into the compatibility layer.
+/* The list of hands the library serves, in catalogue order. quil_linear.h and quil_linear.hpp
+ * declare the compatibility interface from it (each hand's two C exports and its class), and the
+ * library expands it into the hands' mappings, the catalogue the hand API names hands from, and
+ * the compatibility layer's definitions. An X-macro list: define QUIL_MODEL, include, undefine.
  *
  * QUIL_MODEL(prefix, version, buffer, keeps_state, class_memory, get_data1)
  *   prefix       the hand's name: its mapping quil::hands::<prefix>, its class in namespace
@@ -14,8 +16,8 @@
  *                PRIVATE_LATCHES (latches inside GetDataValue, which hosts cannot see)
  *   get_data1    1 when the compatibility class has the GetData1 helper
  *
- * Plain C so that the C host test can expand it too. Adding a hand means one line here and
- * one file in models/. */
+ * Plain C, so C hosts can expand it too. Adding a hand means one line here and one file in the
+ * library's models/. */
 QUIL_MODEL(QUIL_linear_AA,           "v1.1.5.1",               PER_CALL,   0, NO_MEMORY,       1)
 QUIL_MODEL(QUIL_linear_AD,           "v1.2.0.1",               PER_CALL,   0, NO_MEMORY,       1)
 QUIL_MODEL(QUIL_linear_AE,           "v1.3.6.1b",              PER_CALL,   0, NO_MEMORY,       1)
