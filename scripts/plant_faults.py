@@ -153,23 +153,24 @@ def run(cmd, cwd=None, timeout=None, env=None):
 
 
 def test_programs(build):
-    """The test programs CTest runs for the library, as (target, path): the golden record, the
+    """The test programs CTest runs for the library, as (target, command): the golden record, the
     slot facts, the hand, mechanics and API tests. Tools, memcheck and install checks are left
-    out. Found from CTest, so new test files are picked up."""
+    out. Found from CTest, so new test files are picked up; a GoogleTest program runs once with
+    all its tests rather than once per test."""
     rc, out = run(["ctest", "--test-dir", build, "--show-only=json-v1"])
     if rc != 0:
         sys.exit("ctest --show-only failed:\n" + out)
     programs = {}
     for test in json.loads(out)["tests"]:
         cmd = test.get("command") or []
-        if not cmd:
+        if not cmd or not cmd[0].startswith(os.path.join(build, "tests") + os.sep):
             continue
-        exe = cmd[0]
-        if not exe.startswith(os.path.join(build, "tests") + os.sep):
+        name = os.path.basename(cmd[0])
+        if not name.endswith("_test"):
             continue
-        name = os.path.basename(exe)
-        if name.endswith("_test"):
-            programs[name] = exe
+        if any(a.startswith("--gtest_filter") for a in cmd[1:]):
+            cmd = [cmd[0], "--gtest_brief=1"]
+        programs[name] = cmd
     first = [n for n in ("golden_test", "slot_facts_test") if n in programs]
     rest = sorted(n for n in programs if n not in first)
     return [(n, programs[n]) for n in first + rest]
@@ -215,8 +216,8 @@ def main():
         rc, out = run(["ninja", "-C", build, "-j", str(args.jobs)] + targets, env=env)
         if rc != 0:
             sys.exit("building the tests failed:\n" + out)
-        for name, exe in programs_all:
-            rc, out = run([exe], timeout=args.timeout)
+        for name, cmd in programs_all:
+            rc, out = run(cmd, timeout=args.timeout)
             if rc != 0:
                 sys.exit(f"{name} fails before any fault is planted:\n{out[-3000:]}")
         print(f"tests: {' '.join(targets)}", flush=True)
@@ -247,8 +248,8 @@ def main():
                     if rc != 0:
                         verdict = "didn't compile"
                         break
-                    for name, exe in group:
-                        rc, _ = run([exe, "--gtest_brief=1"], timeout=args.timeout)
+                    for name, cmd in group:
+                        rc, _ = run(cmd, timeout=args.timeout)
                         if rc != 0:
                             verdict, by = "killed", f" by {name}" + (" (timeout)" if rc == "timeout" else "")
                             break
