@@ -43,6 +43,11 @@ SWAPS = [
     (re.compile(r"\bstd::min\b"), "std::max"),
     (re.compile(r"\bstd::max\b"), "std::min"),
 ]
+# A bound applied by a comparison with the bound itself, `if (x < -60) x = -60;` or
+# `x < 15 ? 15 : x`: making that comparison strict or loose changes nothing (the value at the bound
+# is the bound either way; a bound of 0 is left in, as the sign of a zero can change).
+CLAMP = re.compile(r"if \((?P<a>[\w\[\].]+) (?:<=?|>=?) (?P<b>-?[\d.]+)\) (?P=a) = (?P=b);"
+                   r"|(?P<c>[\w\[\].]+) (?:<=?|>=?) (?P<d>-?[\d.]+) \? (?P=d) : (?P=c)")
 NUMBER = re.compile(r"(?<![\w.])(\d+(?:\.\d*)?(?:[eE][+-]?\d+)?)([fFuUlL]*)(?![\w.])")
 
 
@@ -111,6 +116,17 @@ def sites(root):
                     continue
                 found.append((rel, lineno, m.start(), m.group(1), nudge(m.group(1))))
     return found
+
+
+def equivalent(line, col, before):
+    """True for a strictness flip inside a clamp to a nonzero constant (see CLAMP)."""
+    if before not in ("<", "<=", ">", ">="):
+        return False
+    for m in CLAMP.finditer(line):
+        bound = m.group("b") or m.group("d")
+        if m.start() <= col < m.end() and float(bound) != 0.0:
+            return True
+    return False
 
 
 def kind(before):
@@ -183,6 +199,8 @@ def main():
     ap.add_argument("--timeout", type=int, default=120, help="seconds per test program")
     ap.add_argument("--jobs", type=int, default=1, help="ninja jobs (default 1)")
     ap.add_argument("--keep", action="store_true", help="keep the scratch directory")
+    ap.add_argument("--only", action="append", default=[], metavar="FILE:LINE",
+                    help="plant only the drawn faults at these places (repeatable)")
     args = ap.parse_args()
 
     files = subprocess.run(["git", "ls-files", "-z"], cwd=ROOT, check=True,
@@ -225,17 +243,23 @@ def main():
 
         candidates = draw(sites(src), args.seed)
         print(f"{len(candidates)} sites in {len({c[0] for c in candidates})} files; seed {args.seed}", flush=True)
-        killed = counted = broken = 0
+        killed = counted = broken = same = 0
         survivors = []
         for rel, lineno, col, before, after in candidates:
             if counted >= args.count:
                 break
+            if args.only and f"{rel}:{lineno}" not in args.only:
+                continue
             path = os.path.join(src, rel)
             with open(path, encoding="utf-8") as fh:
                 original = fh.read()
             lines = original.split("\n")
             line = lines[lineno - 1]
             assert line[col:col + len(before)] == before, (rel, lineno, before)
+            if equivalent(line, col, before):
+                same += 1
+                print(f"{rel}:{lineno}: {before} -> {after}: changes nothing (a clamp's own bound), not planted", flush=True)
+                continue
             lines[lineno - 1] = line[:col] + after + line[col + len(before):]
             with open(path, "w", encoding="utf-8") as fh:
                 fh.write("\n".join(lines))
@@ -267,7 +291,7 @@ def main():
                     survivors.append(f"{rel}:{lineno}")
             print(f"{rel}:{lineno}: {before} -> {after}: {verdict}{by} ({time.time() - started:.0f} s)", flush=True)
         pct = 100.0 * killed / counted if counted else 0.0
-        print(f"didn't compile: {broken}")
+        print(f"didn't compile: {broken}; clamp flips left out: {same}")
         print(f"survivors: {' '.join(survivors) if survivors else 'none'}")
         print(f"killed {killed} of {counted} ({pct:.1f}%)")
     finally:
