@@ -1,9 +1,9 @@
 // Followers: slots a hand computes from other slots, such as a finger tip driven at a share of the
 // joint next to it. The catalogue writes each relation out ("min(0.8 * slot 5, 0)"); here it is
-// read back and checked on the hand's own targets. A follower that never departs from its
-// relation keeps it on random samples over the whole range; one that departs (in pinches, when
-// the hand bends far) keeps it while one finger at a time moves moderately, and departs somewhere
-// in random samples, as the catalogue says.
+// read back and checked on the hand's own targets: a follower that never departs from its
+// relation keeps it on random samples over the whole range, and one said to depart (in pinches,
+// when the hand bends far) departs somewhere in them. (That each keeps it while one finger at a
+// time moves moderately is the slot facts' test.)
 #include <gtest/gtest.h>
 
 #include <cctype>
@@ -112,24 +112,12 @@ std::vector<Sample> random_finite(std::uint64_t seed) {
     return s;
 }
 
-// One reading at a time from 0 to 40, the others open.
-std::vector<Sample> moderate_motions() {
-    std::vector<Sample> s;
-    for (int r = 0; r < 12; ++r)
-        for (int k = 0; k <= 80; ++k) {
-            Sample x{};
-            x[r] = 0.5 * k;
-            s.push_back(x);
-        }
-    return s;
-}
-
 class Couplings : public ::testing::TestWithParam<std::size_t> {};
 
 TEST_P(Couplings, FollowersKeepTheRelationTheCatalogueWrites) {
     const quil_hand_info* hand = quil_hand_at(GetParam());
-    const std::vector<Sample> random = random_finite(GetParam() + 1), moderate = moderate_motions();
-    const std::vector<double> on_random = map_all(hand->name, random), on_moderate = map_all(hand->name, moderate);
+    const std::vector<Sample> random = random_finite(GetParam() + 1);
+    const std::vector<double> on_random = map_all(hand->name, random);
     for (int s = 0; s < 24; ++s) {
         const quil_slot_info* slot = quil_hand_slot(hand, s);
         if (slot->kind != QUIL_SLOT_FOLLOWER) continue;
@@ -145,10 +133,6 @@ TEST_P(Couplings, FollowersKeepTheRelationTheCatalogueWrites) {
             departures += t[s] != want;
         }
         if (departs) EXPECT_GT(departures, 0u) << "said to depart " << slot->departs << ", never does";
-        for (std::size_t k = 0; k < moderate.size(); ++k) {
-            const double* t = &on_moderate[24 * k];
-            ASSERT_EQ(t[s], Relation(slot->relation, t).value()) << "moderate motion " << k;
-        }
     }
 }
 
