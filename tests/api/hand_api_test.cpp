@@ -4,6 +4,7 @@
 // next to another handle of the same hand; and using handles leaves the exports' memory alone.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -311,6 +312,12 @@ TEST(HandApiCatalogue, SuggestsTheClosestHandsForAMistypedName) {
         ASSERT_EQ(quil_hand_suggest(c.typed, best, 3), 3u) << c.typed;
         EXPECT_STREQ(best[0]->name, c.first) << c.typed;
     }
+    // A very long guess is answered, and alike however much longer it grows.
+    const std::string long_guess = "ROBOTERA_XHAND1" + std::string(5000, 'x');
+    const quil_hand_info *from_long[3] = {}, *from_longer[3] = {};
+    ASSERT_EQ(quil_hand_suggest(long_guess.substr(0, 100).c_str(), from_long, 3), 3u);
+    ASSERT_EQ(quil_hand_suggest(long_guess.c_str(), from_longer, 3), 3u);
+    EXPECT_TRUE(std::equal(from_long, from_long + 3, from_longer));
     const quil_hand_info* none[1];
     EXPECT_EQ(quil_hand_suggest(nullptr, none, 1), 0u);
     EXPECT_EQ(quil_hand_suggest("x", nullptr, 1), 0u);

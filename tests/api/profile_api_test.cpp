@@ -157,6 +157,9 @@ std::vector<Case> cases() {
     all_of_it.reject_above = 0.3;
     all_of_it.max_rate = 1.5;
     add("one euro, rejection, rate limit, stall", all_of_it, 0.05, 0.2);
+    quil_output above = output("a", 10, -0.01, 0.0, -5, 5);  // bent fingers above safe, stalling down to it
+    above.max_rate = 1.5;
+    add("rate-limited stall from above safe", above, 0.05, 0.2);
     quil_output snap = output("a", 14, 1.0, 10.0, 0, 200);
     add("stall straight to safe", snap, 0.01, 0.1);
     quil_output huge = output("a", 6, 1e307, 0.0, -1e308, 1e308);  // overflows past 17.9 degrees
@@ -218,7 +221,7 @@ TEST(Profile, TicksChangeNothingAndOneCallEqualsMany) {
     const Session s = session(7, 1500);
     const std::vector<Case> all = cases();
     std::vector<quil_output> outs;
-    const char* names[] = {"o0", "o1", "o2", "o3", "o4", "o5", "o6", "o7", "o8", "o9"};
+    const char* names[] = {"o0", "o1", "o2", "o3", "o4", "o5", "o6", "o7", "o8", "o9", "o10"};
     for (std::size_t i = 0; i < all.size(); ++i) {
         outs.push_back(all[i].out);
         outs.back().name = names[i];
