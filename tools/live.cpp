@@ -519,7 +519,8 @@ int Bridge::run() {
         std::fprintf(err_, "quil-retarget: recorded %llu samples to %s; the commands again: quil-retarget map -m %s%s%s%s %s -o FILE\n",
                      static_cast<unsigned long long>(recorded_), o_.record.c_str(), o_.hand->name,
                      o_.profile.empty() ? "" : " --profile ", o_.profile.empty() ? "" : (o_.record + ".profile.json").c_str(),
-                     hand_.dropout() == quil_linear::Dropout::hold ? " --dropout hold" : "", o_.record.c_str());
+                     hand_.dropout() == quil_linear::Dropout::pass ? "" : (" --dropout " + std::string(quil_linear::dropout_name(hand_.dropout()))).c_str(),
+                     o_.record.c_str());
     if (!error.empty()) std::fprintf(err_, "quil-retarget: %s\n", error.c_str());
     if (!record_error.empty()) std::fprintf(err_, "quil-retarget: %s\n", record_error.c_str());
     if (output_failed_) std::fprintf(err_, "quil-retarget: %s\n", output_error_.c_str());

@@ -278,7 +278,7 @@ int run_map(const MapOptions& o, std::FILE* err) {
             return say(err, meta_file.error()), false;
         return true;
     };
-    const std::string default_dropout = o.dropout && *o.dropout == QUIL_DROPOUT_HOLD ? "hold" : "pass";
+    const std::string default_dropout = quil_dropout_name(o.dropout.value_or(QUIL_DROPOUT_PASS));
     auto fail = [&](int exit, const std::string& message) {
         say(err, message);
         if (!o.meta.empty()) write_meta(exit, message, 0, {}, false, default_dropout);
@@ -455,7 +455,7 @@ int run_map(const MapOptions& o, std::FILE* err) {
             o.profile.empty() ? column_names(hand_info, o.to == Format::csv && o.header_roles) : columns;
         if (sink->time_written) meta_columns.insert(meta_columns.begin(), info.time_name);
         if (!write_meta(exit, failure.empty() ? sink_error : failure, written, meta_columns, sink->time_written,
-                        hand.dropout() == quil_linear::Dropout::hold ? "hold" : "pass"))
+                        quil_linear::dropout_name(hand.dropout())))
             exit = kExitIo;
     }
     return exit;
