@@ -257,6 +257,20 @@ class SessionPlot::Drawing {
     // by the constant channels.
     void chart(const std::string& title, const Rect& r, const std::vector<Trace>& traces,
                const std::vector<std::string>& constants, double legend_x, double font, const char* y_title);
+    // Where a chart's values land on the page: its frame, and its value axis over the traces.
+    struct Frame {
+        Rect r;
+        Axis xa, ya;
+        int clip;
+        double px(double x) const { return r.left + (x - xa.lo) / (xa.hi - xa.lo) * (r.right - r.left); }
+        double py(double y) const { return r.bottom - (y - ya.lo) / (ya.hi - ya.lo) * (r.bottom - r.top); }
+    };
+    // The chart's title, frame, grid with tick labels and axis titles.
+    void frame(const Frame& f, const std::string& title, const char* y_title);
+    // Each trace from the buckets: its first point and its extremes in time order.
+    void traces(const Frame& f, const std::vector<Trace>& traces);
+    void legend(const Rect& r, const std::vector<Trace>& traces, const std::vector<std::string>& constants,
+                double legend_x, double font);
 
     const SessionPlot& plot_;
     const Labels& labels_;
@@ -319,19 +333,27 @@ void SessionPlot::Drawing::page(std::size_t target_panels) {
 void SessionPlot::Drawing::chart(const std::string& title, const Rect& r, const std::vector<Trace>& traces,
                                  const std::vector<std::string>& constants, double legend_x, double font,
                                  const char* y_title) {
-    const Axis& xa = xa_;
-    std::string& s = s_;
     double ylo = kInf, yhi = -kInf;
     for (const Trace& t : traces) ylo = std::min(ylo, plot_.lo_[t.channel]), yhi = std::max(yhi, plot_.hi_[t.channel]);
-    const Axis ya = nice_axis(ylo, yhi, r.bottom - r.top > 200 ? 6 : 4, true);
+    const Frame f{r, xa_, nice_axis(ylo, yhi, r.bottom - r.top > 200 ? 6 : 4, true), clip_id_++};
+    frame(f, title, y_title);
+    if (plot_.samples_ == 0 || traces.empty())
+        s_ += fmt("<text x=\"%.1f\" y=\"%.1f\" font-size=\"13\" fill=\"#888\" text-anchor=\"middle\">%s</text>\n",
+                  (r.left + r.right) / 2, (r.top + r.bottom) / 2,
+                  plot_.samples_ == 0 ? "no samples" : "every slot constant (listed)");
+    this->traces(f, traces);
+    legend(r, traces, constants, legend_x, font);
+}
+
+void SessionPlot::Drawing::frame(const Frame& f, const std::string& title, const char* y_title) {
+    const Rect& r = f.r;
+    const Axis &xa = f.xa, &ya = f.ya;
     const double h = r.bottom - r.top;
-    auto px = [&](double x) { return r.left + (x - xa.lo) / (xa.hi - xa.lo) * (r.right - r.left); };
-    auto py = [&](double y) { return r.bottom - (y - ya.lo) / (ya.hi - ya.lo) * h; };
-    const int clip = clip_id_++;
+    std::string& s = s_;
     s += fmt("<text x=\"%.1f\" y=\"%.1f\" font-size=\"14\" font-weight=\"bold\">%s</text>\n", r.left, r.top - 9,
              escape(title).c_str());
     s += fmt("<clipPath id=\"clip%d\"><rect x=\"%.1f\" y=\"%.1f\" width=\"%.1f\" height=\"%.1f\"/></clipPath>\n",
-             clip, r.left, r.top, r.right - r.left, h);
+             f.clip, r.left, r.top, r.right - r.left, h);
     s += fmt("<rect x=\"%.1f\" y=\"%.1f\" width=\"%.1f\" height=\"%.1f\" fill=\"#fbfbfb\" stroke=\"#999\"/>\n",
              r.left, r.top, r.right - r.left, h);
     s += "<g font-size=\"11\" fill=\"#333\">\n";
@@ -339,7 +361,7 @@ void SessionPlot::Drawing::chart(const std::string& title, const Rect& r, const 
         const double shown = std::fabs(t) < ya.step * 1e-9 ? 0.0 : t;
         s += fmt("<line x1=\"%.1f\" y1=\"%.1f\" x2=\"%.1f\" y2=\"%.1f\" stroke=\"#e2e2e2\"/>"
                  "<text x=\"%.1f\" y=\"%.1f\" text-anchor=\"end\">%.*f</text>\n",
-                 r.left, py(t), r.right, py(t), r.left - 5, py(t) + 4, ya.decimals, shown);
+                 r.left, f.py(t), r.right, f.py(t), r.left - 5, f.py(t) + 4, ya.decimals, shown);
     }
     // A narrow chart labels every second (or fifth, ...) tick, so that long labels, such as
     // a recorder's clock in milliseconds, never run into each other.
@@ -353,7 +375,7 @@ void SessionPlot::Drawing::chart(const std::string& title, const Rect& r, const 
         const double shown = std::fabs(t) < xa.step * 1e-9 ? 0.0 : t;
         s += fmt("<line x1=\"%.1f\" y1=\"%.1f\" x2=\"%.1f\" y2=\"%.1f\" stroke=\"#e2e2e2\"/>"
                  "<text x=\"%.1f\" y=\"%.1f\" text-anchor=\"middle\">%.*f</text>\n",
-                 px(t), r.top, px(t), r.bottom, px(t), r.bottom + 15, xa.decimals, shown);
+                 f.px(t), r.top, f.px(t), r.bottom, f.px(t), r.bottom + 15, xa.decimals, shown);
     }
     s += "</g>\n";
     s += fmt("<text x=\"%.1f\" y=\"%.1f\" font-size=\"11\" fill=\"#555\" text-anchor=\"middle\">%s</text>\n",
@@ -361,12 +383,9 @@ void SessionPlot::Drawing::chart(const std::string& title, const Rect& r, const 
     if (y_title)
         s += fmt("<text transform=\"translate(%.1f %.1f) rotate(-90)\" font-size=\"12\" text-anchor=\"middle\">%s</text>\n",
                  r.left - 48, (r.top + r.bottom) / 2, y_title);
-    if (plot_.samples_ == 0 || traces.empty())
-        s += fmt("<text x=\"%.1f\" y=\"%.1f\" font-size=\"13\" fill=\"#888\" text-anchor=\"middle\">%s</text>\n",
-                 (r.left + r.right) / 2, (r.top + r.bottom) / 2,
-                 plot_.samples_ == 0 ? "no samples" : "every slot constant (listed)");
+}
 
-    // The traces: each bucket gives its first point and its extremes in time order.
+void SessionPlot::Drawing::traces(const Frame& f, const std::vector<Trace>& traces) {
     for (const Trace& t : traces) {
         const int c = t.channel;
         std::string d;
@@ -376,20 +395,25 @@ void SessionPlot::Drawing::chart(const std::string& title, const Rect& r, const 
                 pen_down = false;
                 continue;
             }
-            const double x0 = px(bucket_x(b, false)), x1 = px(bucket_x(b, true));
+            const double x0 = f.px(bucket_x(b, false)), x1 = f.px(bucket_x(b, true));
             const bool rising = !(b.first[c] > b.last[c]);
-            const double y0 = py(rising ? b.lo[c] : b.hi[c]), y1 = py(rising ? b.hi[c] : b.lo[c]);
+            const double y0 = f.py(rising ? b.lo[c] : b.hi[c]), y1 = f.py(rising ? b.hi[c] : b.lo[c]);
             d += fmt("%c%.1f %.1f", pen_down ? 'L' : 'M', x0, y0);
             if (b.count > 1) d += fmt("L%.1f %.1f", x1, y1);
             pen_down = true;
         }
         if (d.empty()) continue;
-        s += "<path d=\"" + d + "\"";
-        s += fmt(" fill=\"none\" stroke=\"%s\" stroke-width=\"1.6\" stroke-linejoin=\"round\" clip-path=\"url(#clip%d)\"/>\n",
-                 t.colour, clip);
+        s_ += "<path d=\"" + d + "\"";
+        s_ += fmt(" fill=\"none\" stroke=\"%s\" stroke-width=\"1.6\" stroke-linejoin=\"round\" clip-path=\"url(#clip%d)\"/>\n",
+                  t.colour, f.clip);
     }
+}
 
-    // Legend beside the chart; the constants follow in grey.
+void SessionPlot::Drawing::legend(const Rect& r, const std::vector<Trace>& traces,
+                                  const std::vector<std::string>& constants, double legend_x, double font) {
+    // Beside the chart; the constants follow in grey.
+    const double h = r.bottom - r.top;
+    std::string& s = s_;
     const std::size_t lines = traces.size() + constants.size() + (constants.empty() ? 0 : 1);
     const double step = lines ? std::min(font + 5.0, h / static_cast<double>(lines)) : font + 5.0;
     const double size = std::min(font, step - 1.0);
