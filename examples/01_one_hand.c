@@ -1,6 +1,7 @@
 /* 01: open a hand by name, map a few glove samples, and print the targets with the role of each
    slot.
-     ./01_one_hand [HAND]          HAND defaults to INSPIRE_ROBOTS_RH56DFX */
+     ./01_one_hand [HAND]          HAND defaults to INSPIRE_ROBOTS_RH56DFX
+   The same in Python: 01_one_hand.py. */
 #include <stdio.h>
 #include <string.h>
 

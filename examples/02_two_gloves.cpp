@@ -2,6 +2,7 @@
 // thread. Each quil_linear::Hand keeps its own memory (here: the pinch latches of RUIYAN_RY_H15),
 // so the two never disturb each other, and a dropped glove channel is held, not read as a fist.
 //   ./02_two_gloves
+// The same in Python: 02_two_gloves.py.
 #include <cmath>
 #include <cstdio>
 #include <limits>

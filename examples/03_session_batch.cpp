@@ -1,6 +1,7 @@
 // 03: a whole recorded session through one batch call: read a glove recording (CSV with a time
 // column and x0..x11), map every sample in order with one call, and write the targets as CSV.
 //   ./03_session_batch SESSION.csv [HAND] > targets.csv
+// The same in Python: 03_session_batch.py.
 #include <chrono>
 #include <cstdio>
 #include <fstream>

@@ -1,7 +1,8 @@
 /* 04: a session recorded in two parts: map the first part, save the hand's state, close the
    hand (or end the process), then reopen it, load the state and carry on. The second part comes
    out exactly as if the session had never stopped.
-     ./04_resume [STATE_FILE]      STATE_FILE defaults to hand.state in the current directory */
+     ./04_resume [STATE_FILE]      STATE_FILE defaults to hand.state in the current directory
+   The same in Python: 04_resume.py; the two save the same state bytes. */
 #include <math.h>
 #include <stdio.h>
 #include <string.h>

@@ -1,6 +1,7 @@
 /* 06: wire a hand to its driver: two outputs in the driver's units, smoothed and rate-limited,
    fed at 100 Hz, then a glove that goes silent: the watchdog holds, then eases to safe.
-     ./06_wired_hand */
+     ./06_wired_hand
+   The same in Python: 06_wired_hand.py. */
 #include <stdio.h>
 
 #include <quil_linear/hand.h>

@@ -515,11 +515,16 @@ int Bridge::run() {
     if (send_errors_)
         std::fprintf(err_, "quil-retarget: %llu commands could not be sent to %s\n",
                      static_cast<unsigned long long>(send_errors_), o_.out.c_str());
-    if (!o_.record.empty() && recorded)
+    if (!o_.record.empty() && recorded) {
+        // The default policy goes without saying; any other is named as map takes it.
+        const std::string dropout = hand_.dropout() == quil_linear::Dropout::pass
+                                        ? ""
+                                        : std::string(" --dropout ") + quil_linear::dropout_name(hand_.dropout());
         std::fprintf(err_, "quil-retarget: recorded %llu samples to %s; the commands again: quil-retarget map -m %s%s%s%s %s -o FILE\n",
                      static_cast<unsigned long long>(recorded_), o_.record.c_str(), o_.hand->name,
                      o_.profile.empty() ? "" : " --profile ", o_.profile.empty() ? "" : (o_.record + ".profile.json").c_str(),
-                     hand_.dropout() == quil_linear::Dropout::hold ? " --dropout hold" : "", o_.record.c_str());
+                     dropout.c_str(), o_.record.c_str());
+    }
     if (!error.empty()) std::fprintf(err_, "quil-retarget: %s\n", error.c_str());
     if (!record_error.empty()) std::fprintf(err_, "quil-retarget: %s\n", record_error.c_str());
     if (output_failed_) std::fprintf(err_, "quil-retarget: %s\n", output_error_.c_str());

@@ -209,10 +209,11 @@ bool write_plot(const SessionPlot& plot, const MapOptions& o, const quil_hand_in
     return true;
 }
 
-int run_map(const MapOptions& o, std::FILE* err) {
-    const quil_hand_info& hand_info = *o.hand;
-    // Every file a run writes is its own: one written over another would leave, say, the
-    // targets replaced by the JSON record and the run reporting success.
+namespace {
+
+// Every file a run writes is its own: one written over another would leave, say, the targets
+// replaced by the JSON record and the run reporting success. kExitOk when they are.
+int check_written_files(const MapOptions& o, std::FILE* err) {
     struct Written {
         const char* what;
         const std::string& path;
@@ -238,227 +239,279 @@ int run_map(const MapOptions& o, std::FILE* err) {
             return say(err, std::string("refusing to write ") + wa.what + " to '" + wa.path + "': it is the --state-in file"),
                    kExitUsage;
     }
+    return kExitOk;
+}
 
-    // A run that stops before its first row writes no output, but its --meta says that it
-    // failed and why, so the record of an earlier run is never left beside it looking valid.
-    // (Only after the checks above: until then --meta may name a file it must not touch.)
-    SourceInfo no_info;
-    SkippedRows no_skips;
-    std::unique_ptr<Source> source;
-    std::optional<TimeUnitChoice> time_unit;
-    std::array<std::uint64_t, 12> nonfinite{};
-    std::vector<std::string> profile_outputs;  // a profile's command names, once it is set
-    auto write_meta = [&](int exit, const std::string& error, std::uint64_t rows_written, const std::vector<std::string>& columns,
-                          bool time_written, const std::string& dropout) {
-        RunRecord record;
-        record.hand = &hand_info;
-        record.input = is_stdout(o.input) ? "-" : o.input;
-        record.output = is_stdout(o.output) ? "-" : o.output;
-        record.from = o.from;
-        record.to = o.to;
-        record.info = source ? &source->info() : &no_info;
-        record.rows_read = source ? source->rows_read() : 0;
-        record.rows_written = rows_written;
-        record.skipped = source ? &source->skipped() : &no_skips;
-        record.dropout = dropout;
-        record.time_written = time_written;
-        record.columns = columns;
-        record.state_in = o.state_in;
-        record.state_out = o.state_out;
-        record.plot = o.plot;
-        record.exit_status = exit;
-        record.error = error;
-        record.output_written = rows_written > 0 || exit == kExitOk || exit == kExitSkipped;
-        if (time_unit) record.time_unit = time_unit_name(time_unit->unit), record.time_unit_how = time_unit->note;
-        record.nonfinite = nonfinite;
-        record.profile = o.profile;
-        record.outputs = profile_outputs;
-        OutputFile meta_file;
-        if (!meta_file.open(o.meta) || (meta_file.append(meta_json(record)), !meta_file.flush()))
-            return say(err, meta_file.error()), false;
-        return true;
-    };
-    const std::string default_dropout = o.dropout && *o.dropout == QUIL_DROPOUT_HOLD ? "hold" : "pass";
-    auto fail = [&](int exit, const std::string& message) {
-        say(err, message);
-        if (!o.meta.empty()) write_meta(exit, message, 0, {}, false, default_dropout);
-        return exit;
-    };
+// One conversion, in the order it happens: open (the input, the hand and every output: all
+// that can stop a run before its first row is written), convert (the rows, block by block) and
+// report (what became of the run, on `err`, in the plot, the saved state and the record).
+class MapRun {
+  public:
+    // Opens the input; nothing is read yet.
+    MapRun(const MapOptions& o, std::FILE* err)
+        : o_(o), err_(err), hand_info_(*o.hand),
+          default_dropout_(quil_dropout_name(o.dropout.value_or(QUIL_DROPOUT_PASS))), in_(o.input),
+          hand_(hand_info_.name) {}
 
-    InputFile in(o.input);
-    for (const std::string* target : {&o.output, &o.plot, &o.meta, &o.state_out}) {
-        if (in.is_same_file(*target)) return say(err, "refusing to write '" + *target + "': it is the input"), kExitUsage;
+    // Everything before the first row is written; the exit status of a run that cannot start.
+    std::optional<int> open();
+    void convert();
+    int report();
+
+  private:
+    const SourceInfo& info() const { return source_->info(); }
+    bool write_meta(int exit, const std::string& error, std::uint64_t rows_written, const std::vector<std::string>& columns,
+                    bool time_written, const std::string& dropout);
+    int fail(int exit, const std::string& message);
+
+    const MapOptions& o_;
+    std::FILE* err_;
+    const quil_hand_info& hand_info_;
+    SourceInfo no_info_;
+    SkippedRows no_skips_;
+    std::unique_ptr<Source> source_;
+    std::optional<TimeUnitChoice> time_unit_;
+    std::array<std::uint64_t, 12> nonfinite_{};
+    std::vector<std::string> profile_outputs_;  // a profile's command names, once it is set
+    const std::string default_dropout_;
+    InputFile in_;
+    quil_linear::Hand hand_;
+    ProfileFile profile_;
+    std::size_t width_ = 0;
+    SourceOptions so_;
+    Block block_;
+    Source::Status status_ = Source::Status::end;
+    StateOut state_out_;
+    OutputFile out_, svg_file_;
+    std::vector<std::string> columns_;
+    std::unique_ptr<Sink> sink_;
+    std::unique_ptr<SessionPlot> plot_;
+    std::uint64_t written_ = 0;
+};
+
+bool MapRun::write_meta(int exit, const std::string& error, std::uint64_t rows_written,
+                        const std::vector<std::string>& columns, bool time_written, const std::string& dropout) {
+    RunRecord record;
+    record.hand = &hand_info_;
+    record.input = is_stdout(o_.input) ? "-" : o_.input;
+    record.output = is_stdout(o_.output) ? "-" : o_.output;
+    record.from = o_.from;
+    record.to = o_.to;
+    record.info = source_ ? &source_->info() : &no_info_;
+    record.rows_read = source_ ? source_->rows_read() : 0;
+    record.rows_written = rows_written;
+    record.skipped = source_ ? &source_->skipped() : &no_skips_;
+    record.dropout = dropout;
+    record.time_written = time_written;
+    record.columns = columns;
+    record.state_in = o_.state_in;
+    record.state_out = o_.state_out;
+    record.plot = o_.plot;
+    record.exit_status = exit;
+    record.error = error;
+    record.output_written = rows_written > 0 || exit == kExitOk || exit == kExitSkipped;
+    if (time_unit_) record.time_unit = time_unit_name(time_unit_->unit), record.time_unit_how = time_unit_->note;
+    record.nonfinite = nonfinite_;
+    record.profile = o_.profile;
+    record.outputs = profile_outputs_;
+    OutputFile meta_file;
+    if (!meta_file.open(o_.meta) || (meta_file.append(meta_json(record)), !meta_file.flush()))
+        return say(err_, meta_file.error()), false;
+    return true;
+}
+
+// A run that stops before its first row writes no output, but its --meta says that it failed
+// and why, so the record of an earlier run is never left beside it looking valid. (Only once
+// the written files are known to be distinct: until then --meta may name a file it must not
+// touch.)
+int MapRun::fail(int exit, const std::string& message) {
+    say(err_, message);
+    if (!o_.meta.empty()) write_meta(exit, message, 0, {}, false, default_dropout_);
+    return exit;
+}
+
+std::optional<int> MapRun::open() {
+    for (const std::string* target : {&o_.output, &o_.plot, &o_.meta, &o_.state_out}) {
+        if (in_.is_same_file(*target)) return say(err_, "refusing to write '" + *target + "': it is the input"), kExitUsage;
     }
 
     // The hand, from its start-up state or from a saved one; a state that does not fit stops
     // the run here, before anything is written.
-    quil_linear::Hand hand(hand_info.name);
-    if (o.profile.empty() && (o.hold_after || o.safe_after))
-        return say(err, "--hold-after and --safe-after need a --profile"), kExitUsage;
+    if (o_.profile.empty() && (o_.hold_after || o_.safe_after))
+        return say(err_, "--hold-after and --safe-after need a --profile"), kExitUsage;
     // A wiring profile: the hand's driver commands, after the safety stage, from the samples'
     // own times, so that a recorded live session gives back exactly what was sent.
-    ProfileFile profile;
-    if (!o.profile.empty()) {
+    if (!o_.profile.empty()) {
         std::string error;
-        if (!read_profile(o.profile, &hand_info, profile, error)) return fail(kExitUsage, error);
-        if (!o.plot.empty()) return fail(kExitUsage, "--plot draws the targets; it cannot be used with --profile");
-        if (o.hold_after) profile.profile.hold_after = *o.hold_after;
-        if (o.safe_after) profile.profile.safe_after = *o.safe_after;
+        if (!read_profile(o_.profile, &hand_info_, profile_, error)) return fail(kExitUsage, error);
+        if (!o_.plot.empty()) return fail(kExitUsage, "--plot draws the targets; it cannot be used with --profile");
+        if (o_.hold_after) profile_.profile.hold_after = *o_.hold_after;
+        if (o_.safe_after) profile_.profile.safe_after = *o_.safe_after;
         try {
-            hand.set_profile(profile.profile);
+            hand_.set_profile(profile_.profile);
         } catch (const quil_linear::Error& e) {
-            return fail(kExitUsage, o.profile + ": " + e.what());
+            return fail(kExitUsage, o_.profile + ": " + e.what());
         }
-        profile_outputs = hand.output_names();
+        profile_outputs_ = hand_.output_names();
     }
-    if (!o.state_in.empty()) {
+    if (!o_.state_in.empty()) {
         std::string bytes, error;
-        if (!read_whole(o.state_in, bytes, error)) return fail(kExitIo, error);
-        const int rc = quil_hand_load_state(hand.get(), bytes.data(), bytes.size());
+        if (!read_whole(o_.state_in, bytes, error)) return fail(kExitIo, error);
+        const int rc = quil_hand_load_state(hand_.get(), bytes.data(), bytes.size());
         if (rc != QUIL_OK) {
-            std::string what = "cannot continue from the state in '" + o.state_in + "': " + quil_error_text(rc);
+            std::string what = "cannot continue from the state in '" + o_.state_in + "': " + quil_error_text(rc);
             if (const quil_hand_info* of = quil_state_hand(bytes.data(), bytes.size()))
-                what += std::string(": it is a state of ") + of->name + ", this run is for " + hand_info.name;
+                what += std::string(": it is a state of ") + of->name + ", this run is for " + hand_info_.name;
             return fail(kExitState, what);
         }
     }
-    if (o.dropout) hand.set_dropout(static_cast<quil_linear::Dropout>(*o.dropout));
-    const std::size_t width = hand.output_count();
+    if (o_.dropout) hand_.set_dropout(static_cast<quil_linear::Dropout>(*o_.dropout));
+    width_ = hand_.output_count();
 
-    if (!in.ok()) return fail(kExitIo, in.error());
+    if (!in_.ok()) return fail(kExitIo, in_.error());
 
-    SourceOptions so;
-    so.format = o.from;
-    so.skip_bad = o.skip_bad;
+    so_.format = o_.from;
+    so_.skip_bad = o_.skip_bad;
     // Times as numbers for an npy output or a profile's safety stage, and where the time
     // column's unit matters: for the plot's axis and the record's unit.
-    so.time_numbers = o.to == Format::npy || !o.profile.empty() ? TimeNumbers::strict
-                      : o.plot.empty() && o.meta.empty() ? TimeNumbers::none : TimeNumbers::lenient;
+    so_.time_numbers = o_.to == Format::npy || !o_.profile.empty() ? TimeNumbers::strict
+                       : o_.plot.empty() && o_.meta.empty() ? TimeNumbers::none : TimeNumbers::lenient;
     std::string error;
-    source = open_source(in, so, error);
-    if (!source) return fail(in.ok() ? kExitBadData : kExitIo, error);
+    source_ = open_source(in_, so_, error);
+    if (!source_) return fail(in_.ok() ? kExitBadData : kExitIo, error);
 
     // An npy header states its row count: on an output that cannot be rewritten afterwards,
     // the count must be certain before the first row.
-    if (o.to == Format::npy && !OutputFile::would_be_seekable(o.output) && !source->info().known_rows) {
+    if (o_.to == Format::npy && !OutputFile::would_be_seekable(o_.output) && !info().known_rows) {
         return fail(kExitUsage, "cannot write npy to " +
-                                    (o.output.empty() || o.output == "-" ? std::string("a pipe") : "'" + o.output + "'") +
+                                    (o_.output.empty() || o_.output == "-" ? std::string("a pipe") : "'" + o_.output + "'") +
                                     ": its header states the row count, known beforehand only for an f64 or npy input "
                                     "read from a file; write to a regular file instead");
     }
 
     // The first rows are read before any output exists, so an input that is wrong from its
     // first line (decimal commas, a heading of the wrong width) leaves no output behind.
-    Block block;
-    Source::Status status = source->next(block);
-    if (block.rows == 0 && (status == Source::Status::bad_data || status == Source::Status::io_error))
-        return fail(status == Source::Status::bad_data ? kExitBadData : kExitIo, source->error());
+    status_ = source_->next(block_);
+    if (block_.rows == 0 && (status_ == Source::Status::bad_data || status_ == Source::Status::io_error))
+        return fail(status_ == Source::Status::bad_data ? kExitBadData : kExitIo, source_->error());
     // A session without a single sample is a mistake (a wrong file, a recording that never
     // started), not a conversion.
-    if (block.rows == 0 && status == Source::Status::end && source->skipped().places.empty())
-        return fail(kExitBadData, no_rows_message(in.name(), o.from));
-    const SourceInfo& info = source->info();
-    if (!o.profile.empty() && !info.has_time)
-        return fail(kExitUsage, "a profile's safety stage runs on the samples' times: " + in.name() +
+    if (block_.rows == 0 && status_ == Source::Status::end && source_->skipped().places.empty())
+        return fail(kExitBadData, no_rows_message(in_.name(), o_.from));
+    if (!o_.profile.empty() && !info().has_time)
+        return fail(kExitUsage, "a profile's safety stage runs on the samples' times: " + in_.name() +
                                     " has no time column (csv or npy with the time first)");
-    if (info.has_time) {
-        time_unit = choose_time_unit(o.time_unit, info.time_name, block.t.data(),
-                                     so.time_numbers == TimeNumbers::none ? 0 : block.rows);
+    if (info().has_time) {
+        time_unit_ = choose_time_unit(o_.time_unit, info().time_name, block_.t.data(),
+                                      so_.time_numbers == TimeNumbers::none ? 0 : block_.rows);
         // Without a plot or a record the unit is not used, so no guess is announced.
-        if (!time_unit->note.empty()) time_unit->note += " (--time-unit s|ms|us to say otherwise)";
-        if (!time_unit->note.empty() && !o.quiet && so.time_numbers != TimeNumbers::none) say(err, "note: " + time_unit->note);
+        if (!time_unit_->note.empty()) time_unit_->note += " (--time-unit s|ms|us to say otherwise)";
+        if (!time_unit_->note.empty() && !o_.quiet && so_.time_numbers != TimeNumbers::none)
+            say(err_, "note: " + time_unit_->note);
     }
 
-    const std::string radians = radians_note(block.x.data(), block.rows);
-    if (!radians.empty() && !o.quiet) say(err, "note: " + radians);
+    const std::string radians = radians_note(block_.x.data(), block_.rows);
+    if (!radians.empty() && !o_.quiet) say(err_, "note: " + radians);
 
-    StateOut state_out;
-    OutputFile out, svg_file;
-    std::string plot_temp_check;
-    if (!state_out.open(o.state_out, error)) return fail(kExitIo, error);
-    if (!o.meta.empty()) {
+    if (!state_out_.open(o_.state_out, error)) return fail(kExitIo, error);
+    if (!o_.meta.empty()) {
         // Opened before the first row, so an unwritable record stops the run before any work;
         // rewritten with the outcome at the end.
         OutputFile probe;
-        if (!probe.open(o.meta)) return say(err, probe.error()), kExitIo;
+        if (!probe.open(o_.meta)) return say(err_, probe.error()), kExitIo;
     }
-    if (plot_kind_of(o.plot) == PlotKind::svg && !svg_file.open(o.plot)) return fail(kExitIo, svg_file.error());
-    if (!out.open(o.output)) return fail(kExitIo, out.error());
+    if (plot_kind_of(o_.plot) == PlotKind::svg && !svg_file_.open(o_.plot)) return fail(kExitIo, svg_file_.error());
+    if (!out_.open(o_.output)) return fail(kExitIo, out_.error());
 
-    const std::vector<std::string> columns = o.profile.empty() ? column_names(hand_info, o.header_roles) : hand.output_names();
-    std::unique_ptr<Sink> sink = make_sink(o.to, out, columns, info.known_rows);
-    sink->width = width;
+    columns_ = o_.profile.empty() ? column_names(hand_info_, o_.header_roles) : hand_.output_names();
+    sink_ = make_sink(o_.to, out_, columns_, info().known_rows);
+    sink_->width = width_;
+    if (!o_.plot.empty()) plot_ = std::make_unique<SessionPlot>();
+    return std::nullopt;
+}
 
-    std::unique_ptr<SessionPlot> plot = o.plot.empty() ? nullptr : std::make_unique<SessionPlot>();
-    Progress progress(o.progress, in.size(), err);
-    std::vector<double> targets(Block::kRows * width);
+void MapRun::convert() {
+    Progress progress(o_.progress, in_.size(), err_);
+    std::vector<double> targets(Block::kRows * width_);
     std::vector<double> seconds;
-    std::uint64_t written = 0;
 
-    sink->begin(info);
-    if (info.has_time && o.to == Format::f64 && !o.quiet)
-        say(err, "note: f64 output holds the " + (o.profile.empty() ? std::string("24 targets") : "commands") + " only; the time column '" + info.time_name +
-                     "' is not written (npy and csv outputs keep it)");
+    sink_->begin(info());
+    if (info().has_time && o_.to == Format::f64 && !o_.quiet)
+        say(err_, "note: f64 output holds the " + (o_.profile.empty() ? std::string("24 targets") : "commands") +
+                      " only; the time column '" + info().time_name + "' is not written (npy and csv outputs keep it)");
     for (;;) {
-        if (block.rows) {
-            double* direct = sink->direct(block.rows);
+        if (block_.rows) {
+            double* direct = sink_->direct(block_.rows);
             double* t = direct ? direct : targets.data();
-            if (o.profile.empty()) {
-                hand.map(block.x.data(), block.rows, t);
+            if (o_.profile.empty()) {
+                hand_.map(block_.x.data(), block_.rows, t);
             } else {
                 // The stage runs on seconds, whatever unit the file's clock is in.
-                seconds.resize(block.rows);
-                for (std::size_t r = 0; r < block.rows; ++r) seconds[r] = to_seconds(block.t[r], time_unit->unit);
-                hand.map_at(seconds.data(), block.x.data(), block.rows, t);
+                seconds.resize(block_.rows);
+                for (std::size_t r = 0; r < block_.rows; ++r) seconds[r] = to_seconds(block_.t[r], time_unit_->unit);
+                hand_.map_at(seconds.data(), block_.x.data(), block_.rows, t);
             }
-            if (!o.meta.empty())
-                for (std::size_t k = 0; k < block.rows * 12; ++k) nonfinite[k % 12] += !std::isfinite(block.x[k]);
-            if (plot) {
-                const bool timed = info.has_time;
-                for (std::size_t r = 0; r < block.rows; ++r)
-                    plot->add(timed ? block.t[r] : std::numeric_limits<double>::quiet_NaN(), &block.x[r * 12], &t[r * 24]);
+            if (!o_.meta.empty())
+                for (std::size_t k = 0; k < block_.rows * 12; ++k) nonfinite_[k % 12] += !std::isfinite(block_.x[k]);
+            if (plot_) {
+                const bool timed = info().has_time;
+                for (std::size_t r = 0; r < block_.rows; ++r)
+                    plot_->add(timed ? block_.t[r] : std::numeric_limits<double>::quiet_NaN(), &block_.x[r * 12], &t[r * 24]);
             }
-            if (direct) sink->wrote_direct(block.rows);
-            else sink->write(block, t);
-            written += block.rows;
-            progress.update(written, source->bytes_consumed());
-            if (!out.ok()) break;
+            if (direct) sink_->wrote_direct(block_.rows);
+            else sink_->write(block_, t);
+            written_ += block_.rows;
+            progress.update(written_, source_->bytes_consumed());
+            if (!out_.ok()) break;
         }
-        if (status != Source::Status::more) break;
-        status = source->next(block);
+        if (status_ != Source::Status::more) break;
+        status_ = source_->next(block_);
     }
     progress.finish();
+}
 
+int MapRun::report() {
     // What became of the run, in the order a reader wants it: the data's fault, then the files.
     int exit = kExitOk;
     std::string failure;
-    if (status == Source::Status::bad_data) exit = kExitBadData, failure = source->error();
-    if (status == Source::Status::io_error) exit = kExitIo, failure = source->error();
-    if (!failure.empty()) say(err, failure);
-    out.flush();
-    const std::string sink_error = out.ok() ? sink->finish(written) : out.error();
-    if (out.reader_gone()) {
+    if (status_ == Source::Status::bad_data) exit = kExitBadData, failure = source_->error();
+    if (status_ == Source::Status::io_error) exit = kExitIo, failure = source_->error();
+    if (!failure.empty()) say(err_, failure);
+    out_.flush();
+    const std::string sink_error = out_.ok() ? sink_->finish(written_) : out_.error();
+    if (out_.reader_gone()) {
         // Whoever reads the output has all they wanted; like other filters, stop quietly.
         if (exit == kExitOk) exit = kExitClosed;
     } else if (!sink_error.empty()) {
-        say(err, sink_error);
+        say(err_, sink_error);
         exit = kExitIo;
     }
-    if (plot && !write_plot(*plot, o, hand_info, in.name(), info, time_unit, svg_file, err)) exit = kExitIo;
-    if (report_skipped(source->skipped(), in.name(), info.places_are_lines, err) && exit == kExitOk) exit = kExitSkipped;
-    if (!o.state_out.empty() && (exit == kExitOk || exit == kExitSkipped)) {
-        if (!state_out.commit(hand.state(), error)) say(err, error), exit = kExitIo;
+    if (plot_ && !write_plot(*plot_, o_, hand_info_, in_.name(), info(), time_unit_, svg_file_, err_)) exit = kExitIo;
+    if (report_skipped(source_->skipped(), in_.name(), info().places_are_lines, err_) && exit == kExitOk) exit = kExitSkipped;
+    if (!o_.state_out.empty() && (exit == kExitOk || exit == kExitSkipped)) {
+        std::string error;
+        if (!state_out_.commit(hand_.state(), error)) say(err_, error), exit = kExitIo;
     }
-    if (!o.meta.empty()) {
+    if (!o_.meta.empty()) {
         // Column by column what the output holds: a consumer of an npy array reads it from here.
         std::vector<std::string> meta_columns =
-            o.profile.empty() ? column_names(hand_info, o.to == Format::csv && o.header_roles) : columns;
-        if (sink->time_written) meta_columns.insert(meta_columns.begin(), info.time_name);
-        if (!write_meta(exit, failure.empty() ? sink_error : failure, written, meta_columns, sink->time_written,
-                        hand.dropout() == quil_linear::Dropout::hold ? "hold" : "pass"))
+            o_.profile.empty() ? column_names(hand_info_, o_.to == Format::csv && o_.header_roles) : columns_;
+        if (sink_->time_written) meta_columns.insert(meta_columns.begin(), info().time_name);
+        if (!write_meta(exit, failure.empty() ? sink_error : failure, written_, meta_columns, sink_->time_written,
+                        quil_linear::dropout_name(hand_.dropout())))
             exit = kExitIo;
     }
     return exit;
+}
+
+}  // namespace
+
+int run_map(const MapOptions& o, std::FILE* err) {
+    if (const int exit = check_written_files(o, err); exit != kExitOk) return exit;
+    MapRun run(o, err);
+    if (const std::optional<int> exit = run.open()) return *exit;
+    run.convert();
+    return run.report();
 }
 
 }  // namespace quil::retarget

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "live.h"
 #include "map_session.h"
@@ -21,6 +22,17 @@
 namespace {
 
 using namespace quil::retarget;
+
+// The dropout policies by the library's names for them, in policy order ("pass", "hold"), so
+// the tool offers exactly what the library takes.
+std::vector<std::string> dropout_names() {
+    std::vector<std::string> names;
+    for (int policy = 0; const char* name = quil_dropout_name(policy); ++policy) names.emplace_back(name);
+    return names;
+}
+
+// A policy named as dropout_names() lists it (CLI11 has already matched the name to one).
+int dropout_policy(const std::string& name) { return quil_dropout_from_name(name.c_str()); }
 
 constexpr const char* kExitStatuses = R"(Exit status:
   0  every row converted
@@ -148,7 +160,7 @@ int main(int argc, char** argv) {
     map->add_option("--dropout", dropout,
                     "a NaN or infinite reading goes to the hand as it is (pass, the\n"
                     "exact mapping, the default) or holds the last finite one (hold)")
-        ->transform(CLI::IsMember({"pass", "hold"}, CLI::ignore_case))->type_name("POLICY");
+        ->transform(CLI::IsMember(dropout_names(), CLI::ignore_case))->type_name("POLICY");
     map->add_option("--time-unit", time_unit,
                     "what the input's time column is in: s, ms or us (default: the unit\n"
                     "its name states, as time_ms, else the one its steps suggest, with a note)")
@@ -204,7 +216,7 @@ Exit status: 0 stopped cleanly, 1 bad samples were received (counted, named on s
     live->add_option("--in-columns", lo.in_columns, "12 or 13 values per sample (13: the time first)")
         ->check(CLI::IsMember({12, 13}))->type_name("N");
     live->add_option("--profile", lo.profile, "a wiring profile: the driver's commands instead of the 24 targets")->type_name("FILE.json");
-    live->add_option("--dropout", live_dropout, "pass or hold, as for map")->transform(CLI::IsMember({"pass", "hold"}))->type_name("POLICY");
+    live->add_option("--dropout", live_dropout, "pass or hold, as for map")->transform(CLI::IsMember(dropout_names()))->type_name("POLICY");
     live->add_option("--hold-after", hold_after, "seconds without a sample before the input is stale (overrides the profile's)")
         ->check(CLI::NonNegativeNumber)->type_name("S");
     live->add_option("--safe-after", safe_after, "seconds without a sample before the commands ramp to safe (overrides the profile's)")
@@ -237,7 +249,7 @@ Exit status: 0 stopped cleanly, 1 bad samples were received (counted, named on s
         std::string error;
         lo.hand = find_hand(live_model, error);
         if (!lo.hand) return usage_error(error);
-        if (!live_dropout.empty()) lo.dropout = live_dropout == "hold" ? QUIL_DROPOUT_HOLD : QUIL_DROPOUT_PASS;
+        if (!live_dropout.empty()) lo.dropout = dropout_policy(live_dropout);
         if (!std::isnan(hold_after)) lo.hold_after = hold_after;
         if (!std::isnan(safe_after)) lo.safe_after = safe_after;
         return run_live(lo, stderr);
@@ -259,7 +271,7 @@ Exit status: 0 stopped cleanly, 1 bad samples were received (counted, named on s
     o.from = !format.empty() ? format_of(format) : !from.empty() ? format_of(from) : format_of_path(input);
     o.to = !format.empty() ? format_of(format) : !to.empty() ? format_of(to) : format_of_path(output);
     o.header_roles = header == "roles";
-    if (!dropout.empty()) o.dropout = dropout == "hold" ? QUIL_DROPOUT_HOLD : QUIL_DROPOUT_PASS;
+    if (!dropout.empty()) o.dropout = dropout_policy(dropout);
     o.state_in = state_in;
     o.state_out = state_out;
     if (!time_unit.empty()) {

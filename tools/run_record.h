@@ -19,7 +19,7 @@ struct RunRecord {
     const SourceInfo* info = nullptr;
     std::uint64_t rows_read = 0, rows_written = 0;
     const SkippedRows* skipped = nullptr;
-    std::string dropout;         // "pass" or "hold"
+    std::string dropout;         // the policy's name, quil_dropout_name
     bool time_written = false;
     std::vector<std::string> columns;  // the output's columns, the time first when written
     std::string state_in, state_out, plot;

@@ -48,6 +48,8 @@ class SessionPlot {
     std::uint64_t samples() const { return samples_; }
 
   private:
+    class Drawing;  // one svg() call: the page so far and the axis its charts share
+
     struct Bucket {
         double t_first, t_last;
         std::uint64_t i_first, i_last;

@@ -1,6 +1,8 @@
-"""The Python examples run as a user runs them, and write what they say they write."""
+"""The Python examples run as a user runs them, write what they say they write, and say
+exactly what their C and C++ twins of the same number say."""
 import json
 import os
+import pathlib
 import subprocess
 import sys
 
@@ -10,7 +12,9 @@ import pytest
 import quil_linear
 from conftest import REPO, pinch_walk, same_bits
 
-EXAMPLES = REPO / "examples" / "python"
+EXAMPLES = REPO / "examples"
+# The built C and C++ examples sit beside the library in the build tree.
+BUILT = pathlib.Path(os.environ.get("QUIL_LINEAR_LIB", REPO / "build" / "libquil_linear.so")).parent / "examples"
 
 
 def run(script, *args):
@@ -18,9 +22,46 @@ def run(script, *args):
                           capture_output=True, text=True, timeout=300)
 
 
+SAMPLE = REPO / "data" / "sample_session.csv"
+
+
+@pytest.mark.parametrize("name, args", [
+    ("01_one_hand", []),
+    ("01_one_hand", ["robotera_xhand1"]),
+    ("01_one_hand", ["choho"]),  # unknown: both answer with the same closest hands, and fail
+    ("02_two_gloves", []),
+    ("03_session_batch", [SAMPLE]),
+    ("03_session_batch", [SAMPLE, "CHOHO_Hand"]),
+    ("04_resume", ["{tmp}/hand.state"]),
+    ("06_wired_hand", []),
+])
+def test_python_twin_says_what_the_c_example_says(tmp_path, name, args):
+    built = BUILT / name
+    if not built.exists():
+        pytest.skip("%s is not built" % built)
+    args = [str(a).format(tmp=tmp_path) for a in args]
+    c = subprocess.run([str(built), *args], capture_output=True, text=True, timeout=60)
+    py = subprocess.run([sys.executable, str(EXAMPLES / (name + ".py")), *args], capture_output=True, text=True,
+                        timeout=300)
+    assert (py.returncode, py.stdout) == (c.returncode, c.stdout) and (py.stdout or py.stderr)
+    if c.returncode:
+        assert py.stderr == c.stderr
+
+
+def test_python_and_c_save_the_same_state(tmp_path):
+    built = BUILT / "04_resume"
+    if not built.exists():
+        pytest.skip("%s is not built" % built)
+    # Both save the hand after the first half of the same session: the same bytes, so a state
+    # saved by either resumes in the other.
+    run("04_resume.py", tmp_path / "py.state")
+    subprocess.run([str(built), str(tmp_path / "c.state")], check=True, capture_output=True, timeout=60)
+    assert (tmp_path / "py.state").read_bytes() == (tmp_path / "c.state").read_bytes()
+
+
 def test_map_session_plots_a_png(tmp_path):
     png = tmp_path / "session.png"
-    run("01_map_session.py", "--hand", "choho_hand", "--out", png)
+    run("07_plot_session.py", "--hand", "choho_hand", "--out", png)
     assert png.read_bytes()[:8] == b"\x89PNG\r\n\x1a\n" and png.stat().st_size > 20000
 
 
@@ -51,7 +92,7 @@ def test_many_sessions_on_a_local_dask_cluster(tmp_path):
     (tmp_path / "in" / "notes.md").write_text("recorded on Tuesday\n")
     (tmp_path / "out").mkdir()
     np.save(tmp_path / "out" / "commas.npy", np.zeros((3, 24)))  # an earlier run's targets
-    run_ = subprocess.run([sys.executable, str(EXAMPLES / "02_many_sessions_dask.py"), str(tmp_path / "in"),
+    run_ = subprocess.run([sys.executable, str(EXAMPLES / "08_many_sessions_dask.py"), str(tmp_path / "in"),
                            str(tmp_path / "out"), "--hand", "CHOHO_Hand", "--dropout", "hold", "--workers", "2"],
                           capture_output=True, text=True, timeout=300)
     assert run_.returncode == 1, run_.stderr
@@ -77,7 +118,7 @@ def test_many_sessions_on_a_local_dask_cluster(tmp_path):
 def test_dataset_example_builds_verifies_and_plots(tmp_path):
     pytest.importorskip("h5py")
     pytest.importorskip("zarr")
-    out = run("03_dataset.py", "--to", "zarr", "--out", tmp_path)
+    out = run("09_dataset.py", "--to", "zarr", "--out", tmp_path)
     assert "3 zarr datasets from 4 sessions" in out.stdout and out.stdout.count("\nok ") + out.stdout.startswith("ok ") == 3
     assert sorted(os.listdir(tmp_path / "zarr")) == ["CHOHO_Hand.zarr", "ROBOTERA_XHAND1.zarr", "RUIYAN_RY_H15.zarr"]
     png = tmp_path / "episode_0.png"

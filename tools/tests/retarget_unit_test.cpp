@@ -157,8 +157,6 @@ TEST(PlotGroups, SlotsGoToTheirFingerWithFewLinesEach) {
     for (const auto& p : panels) EXPECT_LE(p.drawn.size(), SessionPlot::kMaxLines);
 }
 
-// The writer's quick path for short decimals must give exactly the library's shortest text,
-// and every text must read back to the same bits.
 // The x-axis labels of every chart, grouped by the line they sit on, never run into each
 // other, even in the narrow finger charts; a recorder's clock in milliseconds since 1970 is
 // drawn from its first sample; a slot the hand holds at -0.0 is listed as 0.
@@ -202,6 +200,8 @@ TEST(Plot, TickLabelsKeepApartAndZeroHasNoSign) {
     }
 }
 
+// The writer's quick path for short decimals must give exactly the library's shortest text,
+// and every text must read back to the same bits.
 TEST(NumberText, ShortestTextReadsBackToTheSameDouble) {
     std::vector<double> values = {0.0, -0.0, kInf, -kInf, 0.1, -12.3, 1e300, 5e-324, 1e-4, 1e-7, 1e15, 1e16,
                                   123456789.123456, 1125899906.842624, 1125899906.842623,

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Map a recorded glove session onto a robot hand and plot what each finger of the hand does.
 
-  python examples/python/01_map_session.py [--hand RUIYAN_RY_H15] [--session data/sample_session.csv]
-                                           [--time-unit s|ms|us]
-                                           [--out out/sample_session.RUIYAN_RY_H15.python.png]
+  python examples/07_plot_session.py [--hand RUIYAN_RY_H15] [--session data/sample_session.csv]
+                                   [--time-unit s|ms|us]
+                                   [--out out/sample_session.RUIYAN_RY_H15.python.png]
 
 The session is any file quil-retarget reads, read by quil_linear.read_session with the tool's
 rules (data/sample_session.csv: time_s,x0..x11; open hand, slow fist, index pinch, middle
@@ -22,7 +22,7 @@ import numpy as np  # noqa: E402
 
 import quil_linear  # noqa: E402
 
-ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 FINGERS = ("thumb", "index", "middle", "ring", "little")
 CONSTANT_ROLES = ("unused", "terminator")
 

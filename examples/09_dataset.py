@@ -2,8 +2,8 @@
 """Build a small training dataset for three robot hands from glove sessions, and plot one
 episode's actions by name.
 
-  python examples/python/03_dataset.py [--to robomimic|act|zarr] [--out out/dataset_demo]
-                                       [--hands RUIYAN_RY_H15,CHOHO_Hand,robotera_xhand1]
+  python examples/09_dataset.py [--to robomimic|act|zarr] [--out out/dataset_demo]
+                                [--hands RUIYAN_RY_H15,CHOHO_Hand,robotera_xhand1]
 
 Four sessions are generated from data/sample_session.csv (the same gestures by gloves with
 their own offsets, speeds and noise) into OUT/sessions; `python -m quil_linear.dataset` turns
@@ -25,7 +25,7 @@ import matplotlib.pyplot as plt  # noqa: E402
 import numpy as np  # noqa: E402
 import quil_linear  # noqa: E402
 
-ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 CONSTANT_ROLES = ("unused", "terminator")
 
 

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Convert a folder of recorded glove sessions into robot hand targets in parallel with Dask.
 
-  python examples/python/02_many_sessions_dask.py [SESSIONS_DIR] [OUT_DIR] [--hand RUIYAN_RY_H15]
-                                                 [--time-unit s|ms|us] [--workers 2]
-                                                 [--scheduler tcp://HOST:8786]
+  python examples/08_many_sessions_dask.py [SESSIONS_DIR] [OUT_DIR] [--hand RUIYAN_RY_H15]
+                                          [--time-unit s|ms|us] [--workers 2]
+                                          [--scheduler tcp://HOST:8786]
 
 Every session file in SESSIONS_DIR (.csv, .tsv, .txt, .npy, .f64: whatever quil-retarget reads)
 is one session, read by quil_linear.read_session with the tool's own rules. Each session is one
@@ -34,7 +34,7 @@ import numpy as np
 
 import quil_linear
 
-ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 
 
 SESSION_EXTENSIONS = (".csv", ".tsv", ".txt", ".npy", ".f64")
@@ -118,7 +118,8 @@ def main():
     ap.add_argument("sessions", nargs="?", help="folder of session CSVs (default: demo sessions)")
     ap.add_argument("out", nargs="?", help="folder for the .npy targets and .json records")
     ap.add_argument("--hand", default="RUIYAN_RY_H15")
-    ap.add_argument("--dropout", default="pass", choices=["pass", "hold"])
+    ap.add_argument("--dropout", default=quil_linear.DROPOUTS[0], choices=quil_linear.DROPOUTS,
+                    help="what a hand does with a dropped reading (NaN): pass it on or hold the last one")
     ap.add_argument("--time-unit", choices=["s", "ms", "us"],
                     help="what the sessions' time columns are in (default: as each column's name says, "
                          "else detected from its steps, with a note)")
