@@ -7,7 +7,7 @@
  * hands of the same model never disturb each other.
  *
  *     quil_hand* hand = quil_hand_open("RUIYAN_RY_H15");
- *     double readings[12], targets[24];
+ *     double readings[QUIL_READINGS], targets[QUIL_TARGETS];
  *     while (read_glove(readings)) {
  *         quil_hand_map(hand, readings, targets);
  *         send_to_robot(targets);

@@ -143,7 +143,7 @@ QUIL_API const char* quil_hand_output_name(const quil_hand* hand, size_t index);
 /* Maps one sample taken at time `t` (seconds): `outputs` receives quil_hand_output_count(hand)
  * values. Without a profile it writes the 24 targets, exactly as quil_hand_map (t unused). With
  * a NULL pointer nothing is written. */
-QUIL_API void quil_hand_map_at(quil_hand* hand, double t, const double readings[12], double* outputs);
+QUIL_API void quil_hand_map_at(quil_hand* hand, double t, const double readings[QUIL_READINGS], double* outputs);
 
 /* `n` samples in order, times[i] the time of row i: exactly what n calls of quil_hand_map_at
  * give. Rows of 12 readings in, rows of quil_hand_output_count(hand) out, row-major; the
