@@ -1,12 +1,10 @@
 // The coefficient set shared by eleven outside hands (the RUIYAN RY_H15 and RY_H2, the CHOHO
 // hand, the TetherIA AeroHandOpen, the INSPIRE ROBOTS RH56F1_E4, the AgiBot O12, the LeadShine
 // DH116, the LinkerHand O6 and O7, the PaXini DexH13 and the TalentRobot Pro): the same 19 pose
-// rows from the same twelve readings, each hand shaping them with its own rules afterwards. Each of
-// those hands keeps its own copy in
-// its class tables (a host may recalibrate one hand without touching the others), initialised
-// from these lists:
-//   double Hand::weight[228] = QUIL_COMMON_WEIGHT;
-//   double Hand::w0[19] = QUIL_COMMON_W0;
+// rows from the same twelve readings, each hand shaping them with its own rules afterwards. Each
+// of those hands publishes its own copy, so its compatibility class gets tables of its own (a host
+// may recalibrate one hand without touching the others):
+//   QUIL_PUBLISH_COEFFICIENTS(Hand, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 #pragma once
 
 // Rows p0..p18, columns x0..x11, in hundredths.
