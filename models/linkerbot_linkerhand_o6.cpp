@@ -9,6 +9,7 @@
 #include "core/thumb_coupling.h"
 #include "models/catalogue.h"
 #include "models/shared/common_coefficients.h"
+#include "models/shared/common_spreads.h"
 
 QUIL_PUBLISH_COEFFICIENTS(LINKERBOT_LinkerHand_O6, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
 
@@ -65,14 +66,7 @@ quil::Targets quil::hands::LINKERBOT_LinkerHand_O6(const Readings& in, const Mem
     run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
 
     kRotation.apply(out[slot::thumb_abduction], out[slot::thumb_distal]);
-    if (out[slot::index_spread] > 30) out[slot::index_spread] = 30;
-    if (out[slot::ring_spread] > 20) out[slot::ring_spread] = 20;
-    if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
-    reshape_little_spread(out[slot::little_spread], LittleSpreadGain{1.5, 3.5, 30});
-    close_spread(out[slot::index_spread], out[slot::index_distal], 0.15);
-    close_spread(out[slot::ring_spread], out[slot::ring_distal], 0.15);
-    close_spread(out[slot::little_spread], out[slot::little_distal], 0.25);
-    spread_middle_from_neighbours(out, 0.24, 0.32);
+    couple_spreads(out, kCommonSpreads);
 
     shape(out[slot::thumb_base], kThumbBase, -90);
     out[slot::thumb_proximal] = kThumbFirst(out[slot::thumb_proximal]);

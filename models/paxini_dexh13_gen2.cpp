@@ -9,6 +9,7 @@
 #include "core/linear_stage.h"
 #include "models/catalogue.h"
 #include "models/shared/common_coefficients.h"
+#include "models/shared/common_spreads.h"
 #include "models/shared/wide_linkage_curves.h"
 
 QUIL_PUBLISH_COEFFICIENTS(PaXini_DexH13_GEN2, QUIL_COMMON_WEIGHT, QUIL_COMMON_W0)
@@ -122,16 +123,7 @@ quil::Targets quil::hands::PaXini_DexH13_GEN2(const Readings& in, const MemoryRe
     Targets out;
     run_linear_stage<kStandardRows>(in, Clamp::min_max, tables, out);
 
-    if (out[slot::index_spread] > 30) out[slot::index_spread] = 30;
-    if (out[slot::ring_spread] > 20) out[slot::ring_spread] = 20;
-    if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
-    // The little-finger spread is stretched near closed and given a head start once open.
-    reshape_little_spread(out[slot::little_spread], LittleSpreadGain{1.5, 3.5, 30});
-    close_spread(out[slot::index_spread], out[slot::index_distal], 0.15);
-    close_spread(out[slot::ring_spread], out[slot::ring_distal], 0.15);
-    close_spread(out[slot::little_spread], out[slot::little_distal], 0.25);
-    // The middle finger has no spread sensor: it sits between the index and ring spreads.
-    out[slot::middle_spread] = out[slot::index_spread] * 0.24 - 0.32 * out[slot::ring_spread];
+    couple_spreads(out, kCommonSpreads);
 
     for (int i : {slot::thumb_base, slot::thumb_proximal}) out[i] = at_least(kThumbBase(out[i]), -90);
     for (int i : {slot::thumb_distal, slot::thumb_rotation}) out[i] = at_least(kThumbTip(out[i]), -90);

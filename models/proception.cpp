@@ -8,6 +8,7 @@
 #include "core/full_bend_lock.h"
 #include "core/linear_stage.h"
 #include "models/catalogue.h"
+#include "models/shared/common_spreads.h"
 #include "models/quil_linear_ag_coefficients.h"
 #include "models/shared/wide_linkage_curves.h"
 
@@ -60,14 +61,7 @@ quil::Targets quil::hands::Proception(const Readings& in, const MemoryRef&, cons
     Targets out;
     run_linear_stage<kRows>(in, Clamp::min_max, tables, out);
 
-    if (out[slot::index_spread] > 30) out[slot::index_spread] = 30;
-    if (out[slot::ring_spread] > 20) out[slot::ring_spread] = 20;
-    if (out[slot::little_spread] > 30) out[slot::little_spread] = 30;
-    reshape_little_spread(out[slot::little_spread], LittleSpreadGain{1.5, 3.5, 30});
-    close_spread(out[slot::index_spread], out[slot::index_distal], 0.15);
-    close_spread(out[slot::ring_spread], out[slot::ring_distal], 0.15);
-    close_spread(out[slot::little_spread], out[slot::little_distal], 0.25);
-    spread_middle_from_neighbours(out, 0.24, 0.32);
+    couple_spreads(out, kCommonSpreads);
 
     out[slot::thumb_base] = kThumbBase(out[slot::thumb_base]);
     floor_at(out[slot::thumb_base], -90);

@@ -82,7 +82,7 @@ quil::Targets quil::hands::TalentRobot_Pro(const Readings& in, const MemoryRef&,
     rotate_thumb_with_little_spread(out, 1.5);
     // Abductions: capped, the little one reshaped, then narrowed as their fingers bend; the
     // middle finger's abduction follows the index and ring abductions.
-    couple_spreads(out, banded_finger_chain::kSpread);
+    couple_spreads(out, kCommonSpreads);
 
     // Thumb roll: shallow bends damped.
     if (out[slot::thumb_base] > -20) {

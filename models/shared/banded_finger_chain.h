@@ -17,10 +17,9 @@
 #include "core/linear_stage.h"
 #include "core/slots.h"
 #include "core/spread_coupling.h"
+#include "models/shared/common_spreads.h"
 
 namespace quil::banded_finger_chain {
-
-constexpr SpreadCoupling kSpread{30, 20, 30, 1.5, 3.5, 0.15, 0.15, 0.25, 0.24, 0.32};
 
 // One gain in every band: the curve of a joint that is scaled, not banded.
 constexpr Curve3 uniform(double gain) { return Curve3{0, 0, scale(gain), scale(gain), scale(gain)}; }
@@ -126,7 +125,7 @@ inline void banded_fingers(Targets& out, const FingerBands& b) {
 // Everything between the thumb rotation and the pinch poses: spreads, the banded thumb and
 // finger joints, distal joints and full-bend locks.
 inline void banded_joints(Targets& out, const Bands& b) {
-    couple_spreads(out, kSpread);
+    couple_spreads(out, kCommonSpreads);
     banded_thumb(out, b.thumb);
     banded_fingers(out, b.fingers);
 }
