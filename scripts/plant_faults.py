@@ -46,8 +46,8 @@ SWAPS = [
 # A bound applied by a comparison with the bound itself, `if (x < -60) x = -60;` or
 # `x < 15 ? 15 : x`: making that comparison strict or loose changes nothing (the value at the bound
 # is the bound either way; a bound of 0 is left in, as the sign of a zero can change).
-CLAMP = re.compile(r"if \((?P<a>[\w\[\].]+) (?:<=?|>=?) (?P<b>-?[\d.]+)\) (?P=a) = (?P=b);"
-                   r"|(?P<c>[\w\[\].]+) (?:<=?|>=?) (?P<d>-?[\d.]+) \? (?P=d) : (?P=c)")
+CLAMP = re.compile(r"if \((?P<a>[\w\[\].:]+) (?:<=?|>=?) (?P<b>-?[\d.]+)\) (?P=a) = (?P=b);"
+                   r"|(?P<c>[\w\[\].:]+) (?:<=?|>=?) (?P<d>-?[\d.]+) \? (?P=d) : (?P=c)")
 NUMBER = re.compile(r"(?<![\w.])(\d+(?:\.\d*)?(?:[eE][+-]?\d+)?)([fFuUlL]*)(?![\w.])")
 
 
