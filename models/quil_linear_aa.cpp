@@ -79,10 +79,7 @@ quil::Targets quil::hands::QUIL_linear_AA(const Readings& in, const MemoryRef&, 
     if (out[slot::thumb_proximal] > 0) out[slot::thumb_proximal] = 0;
     if (out[slot::thumb_proximal] < -60) out[slot::thumb_proximal] = -60;
     if (out[slot::thumb_distal] < -65) out[slot::thumb_distal] = -65;
-    // The old clamp of the second thumb value stays ahead of its recomputation from thumb_distal,
-    // which overrides it; the firmware has always run both.
-    if (out[slot::thumb_rotation] < -50) out[slot::thumb_rotation] = -50;
-    if (out[slot::thumb_rotation] > 15) out[slot::thumb_rotation] = 15;
+    // The second thumb value follows the tip, whatever its own row said.
     out[slot::thumb_rotation] = 0.5 * out[slot::thumb_distal] - 5.0;
     follow_distal(out, 0.8);
     out[slot::terminator] = -1.0;

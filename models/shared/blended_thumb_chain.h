@@ -123,8 +123,7 @@ inline void thumb_joints(Targets& out, const ChainVariant& v) {
     }
 }
 
-// The rotation is finally driven by the spread and the tip. This replaces what
-// rotation_from_tip made of it; the firmware has always run both.
+// The rotation driven by the spread and the tip (instead of rotation_from_tip).
 inline void rotation_from_spread(Targets& out) {
     out[slot::thumb_abduction] = -0.5 * out[slot::thumb_rotation] - 0.15 * out[slot::thumb_distal];
 }
@@ -217,7 +216,6 @@ inline void neighbour_drag(Targets& out) {
 // The body of the chain for hands that add nothing inside it: everything from the thumb rotation
 // to the thumb relief of a bent middle finger, in the firmware's order.
 inline void thumb_and_fingers(Targets& out, const ChainVariant& v) {
-    rotation_from_tip(out);
     thumb_joints(out, v);
     rotation_from_spread(out);
     fingers(out, v);

@@ -28,16 +28,6 @@ struct ThumbSwingGains {
 // the rotation recomputed from swing and tip.
 inline void couple_thumb(Targets& out, ThumbSwingGains swing) {
     using chain_detail::unchanged;
-    // The tip nudges the rotation first. The recomputation at the end overrides it; the firmware
-    // has always run both.
-    if (out[slot::thumb_distal] > -10) {
-        out[slot::thumb_abduction] = out[slot::thumb_abduction] - (out[slot::thumb_distal] + 10) * 2.5;
-        if (out[slot::thumb_abduction] > 30) out[slot::thumb_abduction] = 30;
-    }
-    if (out[slot::thumb_distal] < -10) {
-        out[slot::thumb_abduction] = out[slot::thumb_abduction] + (out[slot::thumb_distal] + 10) * 0.15;
-        if (out[slot::thumb_abduction] < 20) out[slot::thumb_abduction] = 20;
-    }
     out[slot::thumb_base] = Curve3{-20, -60, scale(0.5), affine(0.4, -5.0), unchanged}(out[slot::thumb_base]);
     if (out[slot::thumb_base] < -90) out[slot::thumb_base] = -90;
     out[slot::thumb_proximal] =
