@@ -306,7 +306,9 @@ TEST(HandApiCatalogue, SuggestsTheClosestHandsForAMistypedName) {
         const char* typed;
         const char* first;
     } cases[] = {{"xhand1", "ROBOTERA_XHAND1"}, {"xhand", "ROBOTERA_XHAND1"}, {"RUIYAN_RY_H51", "RUIYAN_RY_H15"}, {"choho", "CHOHO_Hand"},
-                 {"LinkerHand_O7", "LINKERBOT_LinkerHand_O7"}};
+                 {"LinkerHand_O7", "LINKERBOT_LinkerHand_O7"},
+                 // A wrong letter costs one edit, as a missing or extra one does: Revo2, not Revo1.
+                 {"BrainCo_Rev12", "BrainCo_Revo2"}};
     for (const Case& c : cases) {
         const quil_hand_info* best[3] = {};
         ASSERT_EQ(quil_hand_suggest(c.typed, best, 3), 3u) << c.typed;
