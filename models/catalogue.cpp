@@ -29,10 +29,14 @@ bool contains_ignoring_case(std::string_view haystack, std::string_view needle) 
 // commonest typing slip), on at most the first kMaxName characters of each side: hand names are
 // short, and a longer guess is far from all of them anyway.
 constexpr std::size_t kMaxName = 63;
+#define QUIL_MODEL(hand, version, buffer, keeps_state, class_memory, get_data1) \
+    static_assert(sizeof(#hand) - 1 <= kMaxName, "a hand name longer than the edit distance reads");
+#include "quil_linear/catalogue_list.h"
+#undef QUIL_MODEL
 
+// `b` is a hand's name, which fits (checked above); `a` is what was typed.
 std::size_t edit_distance(std::string_view a, std::string_view b) {
     a = a.substr(0, std::min(a.size(), kMaxName));
-    b = b.substr(0, std::min(b.size(), kMaxName));
     std::size_t d[kMaxName + 1][kMaxName + 1];
     for (std::size_t i = 0; i <= a.size(); ++i) d[i][0] = i;
     for (std::size_t j = 0; j <= b.size(); ++j) d[0][j] = j;
