@@ -15,6 +15,10 @@ import quil_linear
 REPO = pathlib.Path(__file__).resolve().parents[2]
 HANDS = quil_linear.hands()
 STATEFUL = [h.name for h in HANDS if h.keeps_state]
+# A few hands of each kind: the package passes values through, the golden record (C++) pins
+# every hand's bits, so these only have to show that nothing is lost on the way.
+SOME_HANDS = list(dict.fromkeys([STATEFUL[0], STATEFUL[-1], next(h.name for h in HANDS if not h.keeps_state),
+                                 next(h.name for h in HANDS if h.persistent_buffer)]))
 
 
 def random_readings(n, seed):

@@ -73,19 +73,15 @@ def test_many_sessions_on_a_local_dask_cluster(tmp_path):
         rows = np.column_stack([np.arange(len(readings)) / 100.0, readings])
         np.savetxt(tmp_path / "in" / (stem + ".csv"), rows, delimiter=",", fmt="%.17g",
                    header="time_s," + ",".join("x%d" % i for i in range(12)), comments="")
-    # What the tool reads, the example reads: 12 columns without a time, space-separated
-    # radians in .txt, a millisecond clock under a quoted heading, an npy array.
+    # What the tool reads, the example reads (read_session's own tests cover every dialect):
+    # 12 columns without a time, a millisecond clock under a quoted heading.
     sessions["plain"] = pinch_walk(26, seed=23)
     np.savetxt(tmp_path / "in" / "plain.csv", sessions["plain"], delimiter=",", fmt="%.17g")
-    sessions["radians"] = np.radians(pinch_walk(30, seed=24))
-    np.savetxt(tmp_path / "in" / "radians.txt", sessions["radians"], fmt="%.17g")
     sessions["clock"] = pinch_walk(40, seed=25)
     clock = 1715000000000 + 8 * np.arange(40)
     np.savetxt(tmp_path / "in" / "clock.tsv", np.column_stack([clock, sessions["clock"]]), delimiter="\t",
                fmt="%.17g", header="\t".join('"%s"' % n for n in ["Timestamp"] + ["ch%d" % i for i in range(12)]),
                comments="")
-    sessions["array"] = pinch_walk(20, seed=26)
-    np.save(tmp_path / "in" / "array.npy", sessions["array"])
     # Bad sessions are named, the others still converted; other files are listed as skipped.
     (tmp_path / "in" / "commas.csv").write_text("x0;x1;x2;x3;x4;x5;x6;x7;x8;x9;x10;x11\n1,5;2;3;4;5;6;7;8;9;10;11;12\n")
     (tmp_path / "in" / "empty.csv").write_text("time_s," + ",".join("x%d" % i for i in range(12)) + "\n")

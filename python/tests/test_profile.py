@@ -82,14 +82,6 @@ def test_commands_follow_the_formulas(tmp_path):
     assert hand.state == before
 
 
-def test_one_sample_at_a_time_equals_a_batch():
-    readings, times = session(300)
-    profile = quil_linear.Profile.from_dict(good_profile())
-    batch = quil_linear.Hand(HAND, profile=profile).map(readings, times=times)
-    single = quil_linear.Hand(HAND, profile=profile)
-    assert same_bits(np.array([single.map(r, times=t) for r, t in zip(readings, times)]), batch)
-
-
 def test_without_a_profile_nothing_changes():
     readings, times = session(300)
     assert same_bits(quil_linear.Hand(HAND).map(readings, times=times), quil_linear.Hand(HAND).map(readings))
@@ -109,16 +101,10 @@ def test_memory_carries_across_states_copies_and_pickles():
     resumed.restore(hand.state)
     for twin in (resumed, copy.copy(hand), pickle.loads(pickle.dumps(hand))):
         assert same_bits(twin.map(readings[333:], times=times[333:]), whole[333:])
+    single = quil_linear.Hand(HAND, profile=profile)  # one sample at a time gives the batch's rows
+    assert same_bits(np.array([single.map(r, times=t) for r, t in zip(readings, times)]), whole)
     with pytest.raises(ValueError, match="profile"):
         quil_linear.Hand(HAND).restore(hand.state)
-
-
-def test_a_profile_needs_times():
-    hand = quil_linear.Hand(HAND, profile=quil_linear.Profile.from_dict(good_profile()))
-    with pytest.raises(ValueError, match="times"):
-        hand.map(np.zeros((3, 12)))
-    with pytest.raises(ValueError, match="times"):
-        hand.map(np.zeros((3, 12)), times=[0.0, 1.0])
 
 
 def spoil(edit):
@@ -144,29 +130,21 @@ FAULTS = [
     ("negative hold", lambda d: d.update(hold_after=-0.1), "hold_after"),
     ("unknown hand", lambda d: d.update(hand="NO_SUCH_HAND"), "hand is not a hand"),
     ("duplicate name", lambda d: d["outputs"][1].update(name="index"), r"outputs\[1\]\.name"),
+    # JSON that is not a profile, given as the file's text.
+    ("NaN", '{"hand": "RUIYAN_RY_H15", "hold_after": NaN, "outputs": []}', "NaN"),
+    ("overflow", '{"hand": "RUIYAN_RY_H15", "hold_after": 1e999, "outputs": []}', "hold_after"),
+    ("twice", '{"hand": "RUIYAN_RY_H15", "hand": "CHOHO_Hand", "outputs": []}', "twice"),
+    ("not JSON", '{"hand": "RUIYAN_RY_H15", "outputs": [}', "not JSON"),
 ]
 
 
 @pytest.mark.parametrize("what, edit, message", FAULTS, ids=[f[0] for f in FAULTS])
 def test_each_fault_is_refused_naming_file_and_field(tmp_path, what, edit, message):
     path = tmp_path / "bad.json"
-    path.write_text(json.dumps(spoil(edit)))
+    path.write_text(edit if isinstance(edit, str) else json.dumps(spoil(edit)))
     with pytest.raises(ValueError, match=message) as e:
         quil_linear.Profile.load(path)
     assert str(path) in str(e.value)
-
-
-@pytest.mark.parametrize("text, message", [
-    ('{"hand": "RUIYAN_RY_H15", "hold_after": NaN, "outputs": []}', "NaN"),
-    ('{"hand": "RUIYAN_RY_H15", "hold_after": 1e999, "outputs": []}', "hold_after"),
-    ('{"hand": "RUIYAN_RY_H15", "hand": "CHOHO_Hand", "outputs": []}', "twice"),
-    ('{"hand": "RUIYAN_RY_H15", "outputs": [}', "not JSON"),
-])
-def test_json_that_is_not_a_profile_is_refused(tmp_path, text, message):
-    path = tmp_path / "bad.json"
-    path.write_text(text)
-    with pytest.raises(ValueError, match=message):
-        quil_linear.Profile.load(path)
 
 
 def test_a_slot_may_be_named_by_its_role():
@@ -186,9 +164,14 @@ def test_a_slot_may_be_named_by_its_role():
         quil_linear.Profile.from_dict(by_role)
 
 
-def test_a_profile_for_another_hand_is_refused():
-    with pytest.raises(ValueError, match="another hand"):
-        quil_linear.Hand("CHOHO_Hand", profile=quil_linear.Profile.from_dict(good_profile()))
+@pytest.mark.parametrize("call, message", [
+    (lambda p: quil_linear.Hand("CHOHO_Hand", profile=p), "another hand"),
+    (lambda p: quil_linear.Hand(HAND, profile=p).map(np.zeros((3, 12))), "times"),
+    (lambda p: quil_linear.Hand(HAND, profile=p).map(np.zeros((3, 12)), times=[0.0, 1.0]), "times"),
+])
+def test_a_profile_is_refused_where_it_cannot_work(call, message):
+    with pytest.raises(ValueError, match=message):
+        call(quil_linear.Profile.from_dict(good_profile()))
 
 
 @pytest.mark.parametrize("path", PROFILES, ids=[p.stem for p in PROFILES])
