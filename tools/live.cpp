@@ -275,7 +275,7 @@ void Bridge::sample(const double* values, int count, double received) {
     ++second_samples_;
     const double t = count == 13 ? values[0] : received - start_;
     const double* readings = count == 13 ? values + 1 : values;
-    hand_.map_at(&t, readings, 1, commands_.data());
+    hand_.map_at(1, &t, readings, commands_.data());
     if (record_) {
         double row[13];
         row[0] = t;

@@ -444,12 +444,12 @@ void MapRun::convert() {
             double* direct = sink_->direct(block_.rows);
             double* t = direct ? direct : targets.data();
             if (o_.profile.empty()) {
-                hand_.map(block_.x.data(), block_.rows, t);
+                hand_.map(block_.rows, block_.x.data(), t);
             } else {
                 // The stage runs on seconds, whatever unit the file's clock is in.
                 seconds.resize(block_.rows);
                 for (std::size_t r = 0; r < block_.rows; ++r) seconds[r] = to_seconds(block_.t[r], time_unit_->unit);
-                hand_.map_at(seconds.data(), block_.x.data(), block_.rows, t);
+                hand_.map_at(block_.rows, seconds.data(), block_.x.data(), t);
             }
             if (!o_.meta.empty())
                 for (std::size_t k = 0; k < block_.rows * 12; ++k) nonfinite_[k % 12] += !std::isfinite(block_.x[k]);

@@ -137,17 +137,25 @@ class Hand {
         return t;
     }
 
-    // `n` samples in order: n rows of 12 in, n rows of 24 out, row-major, not overlapping.
-    void map(const double* readings, std::size_t n, double* targets) noexcept {
+    // `n` samples in order: n rows of 12 in, n rows of 24 out, row-major, not overlapping. The
+    // arguments come in the order of quil_hand_map_n: the count, then the readings, then the
+    // targets.
+    void map(std::size_t n, const double* readings, double* targets) noexcept {
         quil_hand_map_n(handle_, n, readings, targets);
     }
 
     // `n` samples in order, as arrays.
-    void map(const Readings* readings, std::size_t n, Targets* targets) noexcept {
+    void map(std::size_t n, const Readings* readings, Targets* targets) noexcept {
         static_assert(sizeof(Readings) == sizeof(double) * QUIL_READINGS, "Readings must be 12 packed doubles");
         static_assert(sizeof(Targets) == sizeof(double) * QUIL_TARGETS, "Targets must be 24 packed doubles");
         quil_hand_map_n(handle_, n, readings ? readings->data() : nullptr, targets ? targets->data() : nullptr);
     }
+
+    // The earlier argument order, kept so existing code builds; it warns until moved over.
+    [[deprecated("use map(n, readings, targets), the order of quil_hand_map_n")]]
+    void map(const double* readings, std::size_t n, double* targets) noexcept { map(n, readings, targets); }
+    [[deprecated("use map(n, readings, targets), the order of quil_hand_map_n")]]
+    void map(const Readings* readings, std::size_t n, Targets* targets) noexcept { map(n, readings, targets); }
 
     // A whole contiguous range of samples (std::vector<Readings>, std::array<Readings, N>, a C
     // array of Readings), in order; returns one Targets per sample.
@@ -156,7 +164,7 @@ class Hand {
                                Readings>>>
     std::vector<Targets> map(const Range& readings) {
         std::vector<Targets> targets(std::size(readings));
-        map(std::data(readings), targets.size(), targets.data());
+        map(targets.size(), std::data(readings), targets.data());
         return targets;
     }
 
@@ -203,9 +211,14 @@ class Hand {
         quil_hand_map_at(handle_, t, readings.data(), out.data());
         return out;
     }
-    // `n` samples with their times: n rows of 12 in, n rows of output_count() out.
-    void map_at(const double* times, const double* readings, std::size_t n, double* outputs) noexcept {
+    // `n` samples with their times: n rows of 12 in, n rows of output_count() out; the order of
+    // quil_hand_map_n_at.
+    void map_at(std::size_t n, const double* times, const double* readings, double* outputs) noexcept {
         quil_hand_map_n_at(handle_, n, times, readings, outputs);
+    }
+    [[deprecated("use map_at(n, times, readings, outputs), the order of quil_hand_map_n_at")]]
+    void map_at(const double* times, const double* readings, std::size_t n, double* outputs) noexcept {
+        map_at(n, times, readings, outputs);
     }
 
     // The watchdog at time t: the commands without a new sample; `stale` tells whether the

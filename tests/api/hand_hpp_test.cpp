@@ -41,7 +41,7 @@ TEST(HandHpp, BatchesOverRangesEqualOneSampleAtATime) {
     for (const Readings& r : readings) expected.push_back(single.map(r));
     EXPECT_EQ(0, std::memcmp(expected.data(), batch.map(readings).data(), expected.size() * sizeof(Targets)));
     std::vector<double> flat(readings.size() * 24);
-    raw.map(readings.data()->data(), readings.size(), flat.data());
+    raw.map(readings.size(), readings.data()->data(), flat.data());
     EXPECT_EQ(0, std::memcmp(expected.data(), flat.data(), flat.size() * sizeof(double)));
     const Readings one_array[1] = {readings[0]};
     Hand fresh("CHOHO_Hand");

@@ -39,7 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                 std::vector<double> readings(12 * n), a(24 * n), b(24 * n);
                 for (double& x : readings) x = s.take<double>();
                 for (std::size_t i = 0; i < n; ++i) quil_hand_map(one, &readings[12 * i], &a[24 * i]);
-                batch.map(readings.data(), n, b.data());
+                batch.map(n, readings.data(), b.data());
                 if (n > 0 && std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) != 0) std::abort();
                 break;
             }

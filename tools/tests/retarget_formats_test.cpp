@@ -62,7 +62,7 @@ TEST_F(Formats, EveryPairGivesTheHandApiAndTheExportsBitForBit) {
             std::memcpy(&expected[r * 24], p, 24 * sizeof(double));
             if (!hand.persistent_buffer) free_memory(p);
         }
-        quil_linear::Hand(name).map(samples_[0].data(), n, api.data());
+        quil_linear::Hand(name).map(n, samples_[0].data(), api.data());
         ASSERT_EQ(std::memcmp(api.data(), expected.data(), api.size() * sizeof(double)), 0) << "hand API vs export";
 
         for (const char* from : formats) {
@@ -130,7 +130,7 @@ TEST_F(Formats, NpyVariantsReadAlikeAndBadOnesAreRefused) {
         for (const auto& row : rows12)
             for (double v : row) flat.push_back(descr[2] == '4' ? static_cast<double>(static_cast<float>(v)) : v);
         std::vector<double> expected(300 * 24);
-        quil_linear::Hand(hand).map(flat.data(), 300, expected.data());
+        quil_linear::Hand(hand).map(300, flat.data(), expected.data());
         for (int version : {1, 2, 3}) {
             for (bool fortran : {false, true}) {
                 for (std::size_t cols : {12, 13}) {
